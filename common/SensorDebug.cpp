@@ -1,0 +1,164 @@
+#include "common/SensorDebug.h"
+
+#include <array>
+#include <cassert>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <unistd.h>
+
+#include "platform/DeviceRoot.h"
+#include "platform/VXFile.h"
+#include "platform/VXLogger.h"
+
+std::atomic<int> g_nDebugLevel{1};
+std::atomic<bool> g_bEnAssert{false};
+
+namespace {
+
+constexpr const char* TAG_ASSERT = "[sensor assert]";
+
+// Holds the longest line the module formats (the device-type check is about 950
+// characters) with room to spare; formatting into it is always bounded.
+using LineBuffer = std::array<char, 4096>;
+
+void formatInto(LineBuffer& p_buf, const char* p_szFormat, va_list p_args) {
+    std::vsnprintf(p_buf.data(), p_buf.size(), p_szFormat, p_args);
+}
+
+void printColourPrefix(int p_nColour) {
+    std::fprintf(stdout, "\033[%dm\033[%dm", 0, p_nColour);
+}
+
+void printColourSuffix() {
+    std::fprintf(stdout, "\033[0m");
+}
+
+void printHeader(const char* p_szTag, const sensordiag::Origin& p_stOrigin) {
+    std::fprintf(stdout, "%s file:%s fun:%s line:%d\n", p_szTag, p_stOrigin.unit,
+                 p_stOrigin.function, p_stOrigin.line);
+}
+
+// One logger per block of lines: nothing stays open between diagnostics.
+class ErrorLog {
+public:
+    ErrorLog() {
+        m_objLogger.init(sensordiag::ERROR_LOG_FILE, sensordiag::ERROR_LOG_SIZE,
+                         sensordiag::ERROR_LOG_COUNT);
+    }
+    void write(const char* p_szTag, const char* p_szText) {
+        m_objLogger.writeLog(p_szTag, p_szText);
+    }
+    void writeHeader(const char* p_szTag, const sensordiag::Origin& p_stOrigin) {
+        LineBuffer buf;
+        std::snprintf(buf.data(), buf.size(), "file:%s fun:%s line:%d\n", p_stOrigin.unit,
+                      p_stOrigin.function, p_stOrigin.line);
+        write(p_szTag, buf.data());
+    }
+
+private:
+    VXLogger m_objLogger;
+};
+
+} // namespace
+
+void updateDebugLevel() {
+    const std::string strPath = DeviceRoot::resolve(sensordiag::DEBUG_SIGN_FILE);
+    if (access(strPath.c_str(), F_OK) != 0) {
+        g_nDebugLevel = 1;
+        g_bEnAssert = false;
+        return;
+    }
+    VXFile objFile;
+    if (!objFile.open(sensordiag::DEBUG_SIGN_FILE, VXFile::modeRead)) {
+        return;
+    }
+    const std::string strLevel = objFile.ReadOneLine(objFile.getFileHandle());
+    g_nDebugLevel = strLevel.empty() ? 1 : std::atoi(strLevel.c_str());
+    const std::string strAssert = objFile.ReadOneLine(objFile.getFileHandle());
+    g_bEnAssert = !strAssert.empty() && std::atoi(strAssert.c_str()) != 0;
+    objFile.close();
+}
+
+namespace sensordiag {
+
+void printTagged(int p_nThreshold, int p_nColour, const char* p_szTag, bool p_bToLog,
+                 const Origin& p_stOrigin, const char* p_szFormat, ...) {
+    updateDebugLevel();
+    if (g_nDebugLevel <= p_nThreshold) {
+        return;
+    }
+    LineBuffer buf;
+    va_list args;
+    va_start(args, p_szFormat);
+    formatInto(buf, p_szFormat, args);
+    va_end(args);
+
+    printColourPrefix(p_nColour);
+    printHeader(p_szTag, p_stOrigin);
+    std::fprintf(stdout, "%s", buf.data());
+    printColourSuffix();
+    if (p_bToLog) {
+        ErrorLog objLog;
+        objLog.writeHeader(p_szTag, p_stOrigin);
+        objLog.write(p_szTag, buf.data());
+    }
+}
+
+void printPlain(int p_nThreshold, int p_nColour, const char* p_szFormat, ...) {
+    updateDebugLevel();
+    if (g_nDebugLevel <= p_nThreshold) {
+        return;
+    }
+    LineBuffer buf;
+    va_list args;
+    va_start(args, p_szFormat);
+    formatInto(buf, p_szFormat, args);
+    va_end(args);
+    printColourPrefix(p_nColour);
+    std::fprintf(stdout, "%s", buf.data());
+    printColourSuffix();
+}
+
+void reportAssert(const char* p_szCondition, const Origin& p_stOrigin, const char* p_szFormat,
+                  ...) {
+    updateDebugLevel();
+    if (g_nDebugLevel >= 0) {
+        LineBuffer line;
+        std::snprintf(line.data(), line.size(), "%s   ~~~Assertion failed.\n", p_szCondition);
+        printColourPrefix(COLOUR_RED);
+        printHeader(TAG_ASSERT, p_stOrigin);
+        std::fprintf(stdout, "%s", line.data());
+        printColourSuffix();
+        ErrorLog objLog;
+        objLog.writeHeader(TAG_ASSERT, p_stOrigin);
+        objLog.write(TAG_ASSERT, line.data());
+    }
+
+    updateDebugLevel();
+    if (g_nDebugLevel >= 0) {
+        LineBuffer buf;
+        va_list args;
+        va_start(args, p_szFormat);
+        formatInto(buf, p_szFormat, args);
+        va_end(args);
+        printColourPrefix(COLOUR_RED);
+        std::fprintf(stdout, "%s", buf.data());
+        printColourSuffix();
+        ErrorLog objLog;
+        objLog.write(TAG_ASSERT, buf.data());
+    }
+}
+
+void abortAssert(const char* p_szFile, int p_nLine, const char* p_szFunction) {
+    std::fflush(stdout);
+#ifdef __GLIBC__
+    __assert_fail("bRet", p_szFile, static_cast<unsigned int>(p_nLine), p_szFunction);
+#else
+    std::fprintf(stderr, "%s:%d: %s: Assertion `bRet' failed.\n", p_szFile, p_nLine, p_szFunction);
+    std::abort();
+#endif
+}
+
+} // namespace sensordiag

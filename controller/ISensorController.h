@@ -1,0 +1,250 @@
+// The controller of one camera channel: owns every image-tuning parameter of the
+// channel, applies them to the ISP, keeps the scheme sets and their files, and
+// hands the host its style text.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "common/SensorTypes.h"
+#include "common/keycmd.h"
+#include "config/sensor.h"
+#include "platform/MachineInfo.h"
+#include "platform/ModuleConfigure.h"
+#include "platform/SensorZoomFocusParam.h"
+#include "platform/VXMutex.h"
+
+class GThread;
+class VideoStreamModule;
+
+class ISensorController {
+public:
+    ISensorController();
+    ~ISensorController();
+    ISensorController(const ISensorController&) = delete;
+    ISensorController& operator=(const ISensorController&) = delete;
+
+    // Object queries.
+    void setChannelID(int p_nChannelID);
+    int paramCheck();
+    int getSensorType();
+    int getSensorStatus();
+    std::string getUICommonFile(int p_nId);
+    std::string getUILanguageFile(int p_nId);
+
+    // Start-up and release.
+    bool init(const ModuleConfigure& p_objModuleConfigure);
+    void uinit();
+    std::string getUIStyleFile();
+
+    // Key-command map and generic ISP dispatch.
+    int findFromKeyCmdMap(const keycmd* p_pKeyCmdMap, unsigned int p_nKey, keycmd& p_stKeyCmd);
+    int doIaCmd(u32 p_nKey, u32 p_nDir, void* p_pVal);
+    int doIaCmd_User(u32 p_nKey, u32 p_nDir, void* p_pVal);
+
+    // Parameter application and cache.
+    int setParameters(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p_bCache);
+    int setParameter(int p_nKey, int p_nVal, bool p_bCache);
+    bool getParameter(int p_nKey, int& p_nVal);
+    int setKeyValToCache(u32 p_nScheme, u32 p_nKey, u32 p_nValue, bool p_bForce);
+    int getKeyValFromCache(u32 p_nScheme, u32 p_nKey, u32& p_nValue);
+    bool isKeyValSame(const KeyVal& p_stKeyVal);
+    int notifyToVideo(int p_nKey, int p_nVal);
+    void setVideoStreamModule(const VideoStreamModule* p_pVideoStreamModule);
+    void printDebugMsg();
+
+    // Schemes and modes.
+    bool setParamScheme(int p_nScheme);
+    bool getParamScheme(int& p_nScheme);
+    bool setParamMode(int p_nMode);
+    bool getParamMode(int& p_nMode);
+    int getParamSchemeTime(int p_nKey);
+    int switch_to(int p_nScheme, bool p_bForce);
+    int LPR_switch_to(int p_nScheme);
+    int judgeCurScheme(int& nScheme, int& nSchedule);
+
+    // Text parameter interface.
+    int setParameters(const std::string& p_strParameters, bool p_bCache);
+    int getParameters(const std::string& p_strIds, std::string& p_strOut);
+    bool getAllParameters(std::string& p_strOut);
+    bool parseSensorParameter(const std::string& p_strText, std::vector<std::string>& vecIds);
+    bool getSensorParamRange(int p_nCmd, int& p_nDefault, std::string& p_strRange);
+
+    // Restore, reset and flush.
+    int flush();
+    int restore(int p_nKey);
+    bool restoreAeMode();
+    bool resetToLastParameters();
+    bool resetParameters();
+
+    // Sensor thread and the raw ISP pass-through.
+    int sensorThread();
+    int SensorCheck(std::string& p_str);
+
+    // Feature handlers reached through the key-command table.
+    int doDNThr(u32 p_nKey, u32 p_nDir, void* p_pVal);
+    int doDNTime(u32 p_nKey, u32 p_nDir, void* p_pVal);
+    int doMirror(u32 p_nKey, u32 p_nDir, void* p_pVal);
+    int doBeaway(u32 p_nKey, u32 p_nDir, void* p_pVal);
+    int doHwdr(u32 p_nKey, u32 p_nDir, void* p_pVal);
+    int doDIS(u32 p_nKey, u32 p_nDir, void* p_pVal);
+    int test_debugParam(u32 p_nKey, u32 p_nDir, void* p_pVal);
+    int doImageAdjust(u32 p_nKey, u32 p_nDir, void* p_pVal);
+    int doIaCmd_PanoTuning(u32 p_nKey, u32 p_nDir, void* p_pVal);
+    int doIaCmdShutter(u32 p_nKey, u32 p_nDir, void* p_pVal);
+    int doIoCrtl(u32 p_nKey, u32 p_nDir, void* p_pVal);
+
+    // Show flags.
+    void setShowWDRFalg(bool p_bShow);
+    bool getShowWDRFalg(bool& p_bShow);
+    void setShowBeawayFalg(bool p_bShow);
+    bool getShowBeawayFalg(bool& p_bShow);
+
+    // Lens and shutter stepping.
+    bool focusFar();
+    bool focusNear();
+    bool irisUp();
+    bool irisDown();
+    bool zoomIn();
+    bool zoomOut();
+    bool setZoomValue(int p_nValue);
+    bool getZoomValue(int& p_nPos, int& p_nRatio);
+    bool setPTZRunState(int p_nState);
+    bool setFocusValue(int p_nValue);
+    bool getFocusValue(int& p_nValue);
+    bool setFocusMode(int p_nMode);
+    bool getFocusMode(int& p_nMode);
+    bool getAFStatistic(unsigned int& p_nValue);
+    bool getCmdExecStatus(int p_nCmd, int& p_nStatus);
+    bool getCameraVerInf(std::string& p_strVersion);
+    bool setIrisValue(int p_nValue);
+    bool getIrisValue(int& p_nValue);
+    bool getShutterValue(int& p_nIndex);
+    bool setShutterValue(int p_nIndex);
+    bool shutterUp();
+    bool shutterDown();
+    int getSensorZoomFocusParam(SensorZoomFocusParam& p_objParam);
+    int setSensorZoomFocusParam(SensorZoomFocusParam& p_objParam);
+
+    // Typed parameter accessors.
+    bool getDNMode(int& p_nValue);
+    bool setDNMode(int p_nValue);
+    bool getWDRSwitch(int& p_nValue);
+    bool setWDRSwitch(int& p_nValue);
+    bool getWDRStrength(int& p_nValue);
+    bool setWDRStrength(int& p_nValue);
+    bool getHLCSwitch(int& p_nValue);
+    bool setHLCSwitch(int& p_nValue);
+    bool getHLCStrength(int& p_nValue);
+    bool setHLCStrength(int& p_nValue);
+    bool getBLCSwitch(int& p_nValue);
+    bool setBLCSwitch(int& p_nValue);
+    bool getBLCStrength(int& p_nValue);
+    bool setBLCStrength(int& p_nValue);
+    bool getDefogSwitch(int& p_nValue);
+    bool setDefogSwitch(int& p_nValue);
+    bool getDefogStrength(int& p_nValue);
+    bool setDefogStrength(int& p_nValue);
+    bool get2DSwitch(int& p_nValue);
+    bool set2DSwitch(int& p_nValue);
+    bool get2DMode(int& p_nValue);
+    bool set2DMode(int& p_nValue);
+    bool get2DAutoMaxStrength(int& p_nValue);
+    bool set2DAutoMaxStrength(int& p_nValue);
+    bool get2DManualMaxStrength(int& p_nValue);
+    bool set2DManualMaxStrength(int& p_nValue);
+    bool get3DSwitch(int& p_nValue);
+    bool set3DSwitch(int& p_nValue);
+    bool get3DMode(int& p_nValue);
+    bool set3DMode(int& p_nValue);
+    bool get3DAutoMaxStrength(int& p_nValue);
+    bool set3DAutoMaxStrength(int& p_nValue);
+    bool get3DManualMaxStrength(int& p_nValue);
+    bool set3DManualMaxStrength(int& p_nValue);
+    bool getBeaway(int& p_nValue);
+    bool setBeaway(int& p_nValue);
+    bool getMirrorValue(int& p_nValue);
+    bool setMirrorMode(int p_nValue);
+    bool setWhiteMode(int p_nValue);
+    bool getWhiteMode(int& p_nValue);
+    bool setLightType(int p_nValue);
+    bool getLightType(int& p_nValue);
+    bool setIRSwitch(int p_nValue);
+    bool getIRSwitch(int& p_nValue);
+    bool setWhiteSwitch(int p_nValue);
+    bool getWhiteSwitch(int& p_nValue);
+    bool getWDR(int& p_nValue);
+    bool getDNState(int& p_nValue);
+    bool setDNState(int p_nValue);
+    bool setExposureStrategy(int& p_nValue);
+    bool setIrLedInfo(void* p_pInfo);
+    bool getHeatStatus(bool& p_bStatus);
+    bool getTempValue(int& p_nValue);
+
+    // Field-of-view sync between the thermal and the visible channel.
+    int sync_fov();
+
+    // One-slot mailbox from any channel's handler to channel 1's thread.
+    // Atomic so that a post from one channel and the consuming thread of another
+    // never race; each is one 32-bit word as before.
+    static std::atomic<int> m_nPassKeycmd;
+    static std::atomic<int> m_nChanneldDosomething;
+
+private:
+    // Bits of the state word m_stState. The word is atomic because the sensor
+    // thread reads the bits while host calls set and clear them.
+    static constexpr u32 m_bIniting = 1u << 0;       // init running
+    static constexpr u32 m_bUniniting = 1u << 1;     // uinit running
+    static constexpr u32 m_bInited = 1u << 2;        // ready
+    static constexpr u32 m_bResetting = 1u << 3;     // resetParameters running
+    static constexpr u32 m_bResettingLast = 1u << 4; // resetToLastParameters running
+    static constexpr u32 m_bSwitching = 1u << 5;     // scheme switch in progress
+    // The bulk operations during which one-shot user actions are not issued.
+    static constexpr u32 STATE_BULK_MASK =
+        m_bIniting | m_bResetting | m_bResettingLast | m_bSwitching;
+    static_assert(STATE_BULK_MASK == 57, "init, reset, reset-to-last and switch bits");
+
+    // Fills the key-command table from its constant rows (a step of init).
+    void initKeyCmdMap();
+
+    bool hasState(u32 p_nBits) const { return (m_stState.load() & p_nBits) != 0; }
+    void setState(u32 p_nBits) { m_stState.fetch_or(p_nBits); }
+    void clearState(u32 p_nBits) { m_stState.fetch_and(~p_nBits); }
+
+    // Tests install scheme sets and inspect the state through this friend only.
+    friend class ISensorControllerTestAccess;
+
+    SysConfig m_stSysConf;
+    int m_nCameraID;
+    VXMutex m_objMutex;
+    std::unique_ptr<GThread> m_pSensorThread;
+    int m_nLastScheme;
+    int m_nCurScheme;
+    int m_nParamMode;
+    // nSchemeSum + 1 rows (the factory set last), all inside one owned block.
+    std::unique_ptr<KeyVal*[]> m_ppUserKeyVal;
+    std::unique_ptr<KeyVal[]> m_pUserKeyValBlock;
+    std::unique_ptr<KeyVal[]> m_pstKeyValTmp;
+    KeyVal* m_pFctKeyVal; // row nSchemeSum of the block; owns nothing
+    u32 m_nKeyValSum;
+    std::unique_ptr<KeyVal[]> m_pLprKeyVal;
+    std::unique_ptr<keycmd[]> m_pKeyCmdMap;
+    u32 m_nVersion;
+    const VideoStreamModule* m_pVideoStreamModule;
+    MachineInfo m_objMachineInfo;
+    std::atomic<u32> m_stState;
+    u32 m_nKeyCmdSum;
+    u32 m_nLastSchedule;
+    bool m_bLprMode;
+    bool m_bShowWDRFalg;
+    bool m_bSchemeByTime;
+    bool m_bSchemeByDN;
+    bool m_bisLimitedIrPower;
+    bool m_bHasLens;
+    bool m_bShutterPass;
+    bool m_bIsThermal;
+    bool m_bShowLDCFlag;
+    SensorZoomFocusParam m_objZoomFocusParam;
+};
