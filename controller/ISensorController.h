@@ -33,6 +33,9 @@ public:
     int getSensorStatus();
     std::string getUICommonFile(int p_nId);
     std::string getUILanguageFile(int p_nId);
+    // The channel as setChannelID left it, for host tools.
+    int getCameraID() const { return m_nCameraID; }
+    bool isThermalChannel() const { return m_bIsThermal; }
 
     // Start-up and release.
     bool init(const ModuleConfigure& p_objModuleConfigure);
