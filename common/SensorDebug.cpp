@@ -121,8 +121,23 @@ void printPlain(int p_nThreshold, int p_nColour, const char* p_szFormat, ...) {
     printColourSuffix();
 }
 
-void reportAssert(const char* p_szCondition, const Origin& p_stOrigin, const char* p_szFormat,
-                  ...) {
+void abortAssert(const Origin& p_stOrigin) {
+    std::fflush(stdout);
+#ifdef __GLIBC__
+    __assert_fail("bRet", p_stOrigin.unit, static_cast<unsigned int>(p_stOrigin.line),
+                  p_stOrigin.signature);
+#else
+    std::fprintf(stderr, "%s:%d: %s: Assertion `bRet' failed.\n", p_stOrigin.unit, p_stOrigin.line,
+                 p_stOrigin.signature);
+    std::abort();
+#endif
+}
+
+bool check(bool bRet, const char* p_szCondition, const Origin& p_stOrigin, const char* p_szFormat,
+           ...) {
+    if (bRet) {
+        return true;
+    }
     updateDebugLevel();
     if (g_nDebugLevel >= 0) {
         LineBuffer line;
@@ -149,16 +164,10 @@ void reportAssert(const char* p_szCondition, const Origin& p_stOrigin, const cha
         ErrorLog objLog;
         objLog.write(TAG_ASSERT, buf.data());
     }
-}
-
-void abortAssert(const char* p_szFile, int p_nLine, const char* p_szFunction) {
-    std::fflush(stdout);
-#ifdef __GLIBC__
-    __assert_fail("bRet", p_szFile, static_cast<unsigned int>(p_nLine), p_szFunction);
-#else
-    std::fprintf(stderr, "%s:%d: %s: Assertion `bRet' failed.\n", p_szFile, p_nLine, p_szFunction);
-    std::abort();
-#endif
+    if (g_bEnAssert) {
+        abortAssert(p_stOrigin);
+    }
+    return false;
 }
 
 } // namespace sensordiag

@@ -28,6 +28,7 @@ struct Origin {
     const char* unit;
     const char* function;
     int line;
+    const char* signature; // the function's full signature, for the abort report
 };
 
 // Tagged print: shown when the level exceeds the threshold; a warning also goes
@@ -40,13 +41,13 @@ void printTagged(int p_nThreshold, int p_nColour, const char* p_szTag, bool p_bT
 void printPlain(int p_nThreshold, int p_nColour, const char* p_szFormat, ...)
     __attribute__((format(printf, 3, 4)));
 
-// The report of a failed check (both blocks); the caller aborts afterwards when
-// the assertion switch is on.
-void reportAssert(const char* p_szCondition, const Origin& p_stOrigin, const char* p_szFormat, ...)
-    __attribute__((format(printf, 3, 4)));
-
 // Fails the standard assertion on bRet, naming the source unit, line and function.
-[[noreturn]] void abortAssert(const char* p_szFile, int p_nLine, const char* p_szFunction);
+[[noreturn]] void abortAssert(const Origin& p_stOrigin);
+
+// The check behind SNS_ASSERT and SNS_CHECK: reports a false bRet, aborts when
+// the assertion switch is on, and hands bRet back.
+bool check(bool bRet, const char* p_szCondition, const Origin& p_stOrigin, const char* p_szFormat,
+           ...) __attribute__((format(printf, 4, 5)));
 
 } // namespace sensordiag
 
@@ -71,13 +72,9 @@ void reportAssert(const char* p_szCondition, const Origin& p_stOrigin, const cha
 
 // Checks a condition; on failure reports it (console in red and the error log)
 // and aborts only when the assertion switch is on. Never returns by itself.
-#define SNS_ASSERT(condition, ...)                                                                 \
-    do {                                                                                           \
-        const bool bRet = static_cast<bool>(condition);                                            \
-        if (!bRet) {                                                                               \
-            sensordiag::reportAssert(#condition, SNS_ORIGIN_, __VA_ARGS__);                        \
-            if (g_bEnAssert.load()) {                                                              \
-                sensordiag::abortAssert(SNS_SOURCE_UNIT, __LINE__, __PRETTY_FUNCTION__);           \
-            }                                                                                      \
-        }                                                                                          \
-    } while (0)
+#define SNS_ASSERT(condition, ...) static_cast<void>(SNS_CHECK(condition, __VA_ARGS__))
+
+// The same check as an expression whose value is the condition, for callers
+// that go on differently after a failed check.
+#define SNS_CHECK(condition, ...)                                                                  \
+    sensordiag::check(static_cast<bool>(condition), #condition, SNS_ORIGIN_, __VA_ARGS__)

@@ -64,7 +64,7 @@ public:
     bool setParamMode(int p_nMode);
     bool getParamMode(int& p_nMode);
     int getParamSchemeTime(int p_nKey);
-    int switch_to(int p_nScheme, bool p_bForce);
+    int switch_to(int p_nScheme, bool p_bForce = false);
     int LPR_switch_to(int p_nScheme);
     int judgeCurScheme(int& nScheme, int& nSchedule);
 
@@ -211,6 +211,48 @@ private:
 
     // Fills the key-command table from its constant rows (a step of init).
     void initKeyCmdMap();
+
+    // The set loop of setParameters: each special case of a record is one step.
+    enum class RecordAction { Skip, Store, Apply, Refuse };
+    struct RecordRoute {
+        RecordAction eAction;
+        u32 nApplyKey; // the key whose table row applies the record (Apply only)
+    };
+    RecordRoute routeRecord(KeyVal& p_stRecord);
+    void applySchemeModePolicy(u32 p_nMode);
+    bool routeThermalKey(KeyVal& p_stRecord);
+    bool isAppliedUnderDayNightPolicy(const KeyVal& p_stRecord);
+    bool exceedsIrPowerBudget(const KeyVal& p_stRecord);
+    int readIrPartnerFromIsp(u32 p_nPartnerKey);
+    RecordRoute routeLightTypeTwin(const KeyVal& p_stRecord);
+    bool isIntelligentLight();
+    int applyRecord(u32 p_nIndex, u32 p_nKey, KeyVal& p_stRecord);
+    void storeRecord(u32 p_nIndex, const KeyVal& p_stRecord);
+    // The row of a scheme set, or null when the sets or the row do not exist.
+    KeyVal* schemeRow(u32 p_nScheme) const;
+    // The lookup on the owned table.
+    int findFromKeyCmdMap(const std::unique_ptr<keycmd[]>& p_pKeyCmdMap, unsigned int p_nKey,
+                          keycmd& p_stKeyCmd);
+
+    // Start-up steps and scheme helpers (channel life cycle, schemes, resets).
+    void allocateSchemeSets();
+    void checkVersionStamp();
+    void detectDeviceFlags();
+    void loadSchemeFiles();
+    void createSchemeFile(u32 p_nScheme, const std::string& p_strFile);
+    void applyVideoStreamLimits(const MachineInfo& p_objMachineInfo);
+    void releaseBuffers();
+    std::string schemeFileName(int p_nScheme) const;
+    std::string removeSchemeFilesCommand() const;
+    bool waitWhileBusy();
+    bool isBusy() const;
+    void runSchemePolicy();
+    void switchByDayNight();
+    void switchByTime();
+    void switchByTimeLpr(int p_nScheme, int p_nSchedule);
+    void switchByDayNightLpr();
+    int dayNightScheme();
+    ModuleConfigure moduleConfigureForReset() const;
 
     bool hasState(u32 p_nBits) const { return (m_stState.load() & p_nBits) != 0; }
     void setState(u32 p_nBits) { m_stState.fetch_or(p_nBits); }
