@@ -1,0 +1,132 @@
+// The ISP simulator: a stand-in for the ISP adaptation library that behaves
+// like a sensor. ia_ioctrl_v2 (defined by this library) forwards every call to
+// the process-wide instance; tests and tools drive the same instance through
+// the members below. Every member is safe to call from any thread.
+#pragma once
+
+#include "isp/IspProfile.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+class IspSimulator {
+public:
+    // Results of ioctrl besides 0 (success) and injected failure codes.
+    static constexpr int ERR_INVALID = -1;       // null data, unknown option, bad channel
+    static constexpr int ERR_NOT_DYNAMIC = -2;   // range asked for a command that has none
+    static constexpr int ERR_BAD_ATTRIBUTE = -3; // range with min above max cannot correct
+    static constexpr int DAY_NIGHT_STATE_CMD = 153;
+    // The log keeps the most recent calls only, so a long-running tool does
+    // not grow without bound.
+    static constexpr std::size_t kLogCapacity = 65536;
+
+    struct LogEntry {
+        int channel = 0;
+        uint32_t cmd = 0;
+        int option = 0;
+        int32_t value = 0;          // for 32-bit data: the value after the call
+        std::vector<uint8_t> bytes; // for record data: the record after the call
+        int result = 0;
+    };
+
+    // The instance ia_ioctrl_v2 uses. At first use it loads the profile named
+    // by SENSOR_ISP_PROFILE (a host path), or the built-in one.
+    static IspSimulator& instance();
+
+    // A separate simulator, chosen the same way as the first instance's.
+    IspSimulator();
+    IspSimulator(const IspSimulator&) = delete;
+    IspSimulator& operator=(const IspSimulator&) = delete;
+
+    // The body of ia_ioctrl_v2.
+    int ioctrl(int p_nChannel, uint32_t p_nCmd, int p_nOption, void* p_pData);
+
+    // Back to the loaded profile's initial state: values, records, dynamic
+    // answers, light levels and exec statuses; failures and log cleared,
+    // logging enabled.
+    void reset();
+    // Replace the profile and reset. On failure nothing changes and the fault
+    // is described in *p_pError when given.
+    bool loadProfile(const std::string& p_strHostPath, std::string* p_pError = nullptr);
+    bool loadProfileText(const std::string& p_strXml, std::string* p_pError = nullptr);
+    void loadDefaultProfile();
+    std::string profileName() const;
+
+    // Values of commands that move one 32-bit value. Record commands and bad
+    // channels are refused (false / nothing).
+    bool setValue(int p_nChannel, uint32_t p_nCmd, int32_t p_nValue);
+    std::optional<int32_t> getValue(int p_nChannel, uint32_t p_nCmd) const;
+    // Records of record commands; the size must be the command's record size.
+    bool setRecord(int p_nChannel, uint32_t p_nCmd, const std::vector<uint8_t>& p_vecData);
+    // Empty for a bad channel or a command that is not a record command.
+    std::vector<uint8_t> getRecord(int p_nChannel, uint32_t p_nCmd) const;
+
+    // The members below take channel -1 for every channel.
+
+    // Calls matching channel, command and option (-1: any channel or option)
+    // return p_nCode (non-zero) and leave the data untouched; the first rule
+    // added that matches applies.
+    bool failCommand(int p_nChannel, uint32_t p_nCmd, int p_nOption, int p_nCode);
+    void clearFailures();
+
+    // The light level the day/night state follows with hysteresis.
+    bool setLightLevel(int p_nChannel, int32_t p_nLevel);
+    bool setExecStatus(int p_nChannel, uint32_t p_nCmd, int32_t p_nStatus);
+
+    // Replace the answers about dynamic commands directly. Counts beyond the
+    // records' capacity are reported as set, but only what fits is copied.
+    bool setDynamicCommands(int p_nChannel, const std::vector<uint32_t>& p_vecCmds);
+    bool setAttribute(int p_nChannel, uint32_t p_nCmd, const ia_dynamic_params_attr_st& p_stAttr);
+
+    std::vector<LogEntry> log() const;
+    void clearLog();
+    void enableLog(bool p_bEnable);
+
+private:
+    struct ChannelState {
+        std::unordered_map<uint32_t, int32_t> values;
+        std::unordered_map<uint32_t, std::vector<uint8_t>> records;
+        std::vector<uint32_t> dynamicList;
+        std::map<uint32_t, ia_dynamic_params_attr_st> attributes;
+        std::unordered_map<uint32_t, int32_t> execStatus;
+        isp::IspDayNight dayNight;
+    };
+    struct FailRule {
+        int channel;
+        uint32_t cmd;
+        int option;
+        int code;
+    };
+
+    static bool validChannel(int p_nChannel) {
+        return p_nChannel >= 0 && p_nChannel < isp::kChannelCount;
+    }
+    template <typename Fn> bool forChannels(int p_nChannel, Fn p_fnApply);
+
+    void resetLocked();
+    void resetChannel(int p_nChannel);
+    static void followLight(ChannelState& p_stChannel);
+
+    int dispatch(ChannelState& p_stChannel, uint32_t p_nCmd, int p_nOption, void* p_pData);
+    int doSet(ChannelState& p_stChannel, uint32_t p_nCmd, const void* p_pData);
+    int doGet(ChannelState& p_stChannel, uint32_t p_nCmd, void* p_pData) const;
+    int doRange(const ChannelState& p_stChannel, uint32_t p_nCmd, void* p_pData) const;
+    int doCorrect(const ChannelState& p_stChannel, uint32_t p_nCmd, void* p_pData) const;
+    const FailRule* findFailure(int p_nChannel, uint32_t p_nCmd, int p_nOption) const;
+    void record(LogEntry p_stEntry, const void* p_pData, std::size_t p_nSize);
+
+    mutable std::mutex m_objMutex;
+    isp::IspProfile m_stProfile;
+    std::array<ChannelState, isp::kChannelCount> m_arrChannels;
+    std::vector<FailRule> m_vecFailures;
+    std::deque<LogEntry> m_deqLog;
+    bool m_bLogEnabled = true;
+};
