@@ -226,8 +226,6 @@ private:
     int readIrPartnerFromIsp(u32 p_nPartnerKey);
     RecordRoute routeLightTypeTwin(const KeyVal& p_stRecord);
     bool isIntelligentLight();
-    int applyRecord(u32 p_nIndex, u32 p_nKey, KeyVal& p_stRecord);
-    void storeRecord(u32 p_nIndex, const KeyVal& p_stRecord);
     // The row of a scheme set, or null when the sets or the row do not exist.
     KeyVal* schemeRow(u32 p_nScheme) const;
     // The lookup on the owned table.

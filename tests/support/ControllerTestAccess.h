@@ -1,0 +1,97 @@
+// The one way tests reach inside a controller: install scheme sets and the
+// key-command table before start-up exists, set the channel's flags and state
+// bits, hold the sensor thread, and read back what the controller holds.
+#pragma once
+
+#include <algorithm>
+#include <vector>
+
+#include "controller/ISensorController.h"
+#include "platform/GThread.h"
+
+class ISensorControllerTestAccess {
+public:
+    // Stops the channel's thread so that a test runs the passes itself.
+    static bool stopThread(ISensorController& c) { return c.m_pSensorThread->stop(); }
+
+    static int curScheme(const ISensorController& c) { return c.m_nCurScheme; }
+    static int lastScheme(const ISensorController& c) { return c.m_nLastScheme; }
+    static u32 schemeSum(const ISensorController& c) { return c.m_stSysConf.nSchemeSum; }
+    static u32 keyValSum(const ISensorController& c) { return c.m_nKeyValSum; }
+    static u32 keyCmdSum(const ISensorController& c) { return c.m_nKeyCmdSum; }
+    static bool schemeByDN(const ISensorController& c) { return c.m_bSchemeByDN; }
+    static bool schemeByTime(const ISensorController& c) { return c.m_bSchemeByTime; }
+    static bool lprMode(const ISensorController& c) { return c.m_bLprMode; }
+    static bool hasLens(const ISensorController& c) { return c.m_bHasLens; }
+    static bool limitedIrPower(const ISensorController& c) { return c.m_bisLimitedIrPower; }
+    static bool showWDR(const ISensorController& c) { return c.m_bShowWDRFalg; }
+    static bool showLDC(const ISensorController& c) { return c.m_bShowLDCFlag; }
+    static bool shutterPass(const ISensorController& c) { return c.m_bShutterPass; }
+    static bool isThermal(const ISensorController& c) { return c.m_bIsThermal; }
+    static int cameraId(const ISensorController& c) { return c.m_nCameraID; }
+    static const keycmd* keyCmdMap(const ISensorController& c) { return c.m_pKeyCmdMap.get(); }
+
+    static std::vector<KeyVal> row(const ISensorController& c, u32 p_nScheme) {
+        const KeyVal* p = c.m_ppUserKeyVal[p_nScheme];
+        return std::vector<KeyVal>(p, p + c.m_nKeyValSum);
+    }
+    static void setState(ISensorController& c, u32 p_nBits) { c.setState(p_nBits); }
+    static void clearState(ISensorController& c, u32 p_nBits) { c.clearState(p_nBits); }
+    static u32 state(const ISensorController& c) { return c.m_stState.load(); }
+    static constexpr u32 initingBit() { return ISensorController::m_bIniting; }
+    static constexpr u32 uninitingBit() { return ISensorController::m_bUniniting; }
+    static constexpr u32 resettingBit() { return ISensorController::m_bResetting; }
+    static constexpr u32 resettingLastBit() { return ISensorController::m_bResettingLast; }
+    static constexpr u32 switchingBit() { return ISensorController::m_bSwitching; }
+
+    // Installs nSchemeSum user sets plus the factory set (the last of p_vecSets)
+    // as init would, and makes p_nCurScheme current. Every set must have the
+    // same length; otherwise nothing is installed and the result is false.
+    static bool installSets(ISensorController& c, const std::vector<std::vector<KeyVal>>& p_vecSets,
+                            int p_nCurScheme) {
+        if (p_vecSets.empty()) {
+            return false;
+        }
+        const std::size_t nSum = p_vecSets[0].size();
+        const bool bSameLength = std::all_of(
+            p_vecSets.begin(), p_vecSets.end(),
+            [nSum](const std::vector<KeyVal>& p_vecSet) { return p_vecSet.size() == nSum; });
+        if (!bSameLength) {
+            return false;
+        }
+        const std::size_t nRows = p_vecSets.size();
+        c.m_stSysConf.nSchemeSum = static_cast<u32>(nRows - 1);
+        c.m_nKeyValSum = static_cast<u32>(nSum);
+        c.m_pUserKeyValBlock = std::make_unique<KeyVal[]>(nRows * nSum);
+        c.m_ppUserKeyVal = std::make_unique<KeyVal*[]>(nRows);
+        for (std::size_t r = 0; r < nRows; ++r) {
+            c.m_ppUserKeyVal[r] = c.m_pUserKeyValBlock.get() + r * nSum;
+            std::copy(p_vecSets[r].begin(), p_vecSets[r].end(), c.m_ppUserKeyVal[r]);
+        }
+        c.m_pFctKeyVal = c.m_ppUserKeyVal[nRows - 1];
+        c.m_pstKeyValTmp = std::make_unique<KeyVal[]>(nSum);
+        c.m_pLprKeyVal = std::make_unique<KeyVal[]>(nSum);
+        c.m_nCurScheme = p_nCurScheme;
+        return true;
+    }
+
+    // The key-command table step of init, and the row count it starts from.
+    static void buildKeyCmdMap(ISensorController& c) { c.initKeyCmdMap(); }
+    static void setKeyCmdSum(ISensorController& c, u32 p_nSum) { c.m_nKeyCmdSum = p_nSum; }
+
+    static void setCurScheme(ISensorController& c, int p_nScheme) { c.m_nCurScheme = p_nScheme; }
+    static void setLastScheme(ISensorController& c, int p_nScheme) { c.m_nLastScheme = p_nScheme; }
+    static void setThermal(ISensorController& c, bool p_bOn) { c.m_bIsThermal = p_bOn; }
+    static void setLimitedIrPower(ISensorController& c, bool p_bOn) {
+        c.m_bisLimitedIrPower = p_bOn;
+    }
+    static void setHasLens(ISensorController& c, bool p_bOn) { c.m_bHasLens = p_bOn; }
+    static void setShutterPass(ISensorController& c, bool p_bOn) { c.m_bShutterPass = p_bOn; }
+    static void setSchemePolicy(ISensorController& c, bool p_bByTime, bool p_bByDN) {
+        c.m_bSchemeByTime = p_bByTime;
+        c.m_bSchemeByDN = p_bByDN;
+    }
+    static void setZoomFocusLock(ISensorController& c, bool p_bOn) {
+        c.m_objZoomFocusParam.setLockZoomFocusEnable(p_bOn);
+    }
+};
