@@ -1,0 +1,79 @@
+#include "config/SensorXml.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "platform/DeviceRoot.h"
+#include "platform/VXFile.h"
+
+namespace {
+
+struct FreeDeleter {
+    void operator()(char* p_pText) const { std::free(p_pText); }
+};
+
+} // namespace
+
+bool TiXmlDocumentEx::LoadMem(const char* p_szText, TiXmlEncoding p_eEncoding) {
+    Clear();
+    ClearError();
+    if (p_szText == nullptr) {
+        return false;
+    }
+    Parse(p_szText, nullptr, p_eEncoding);
+    if (Error()) {
+        // The parser keeps what it read before the fault; drop it so that a
+        // broken text can never pass for a short valid one.
+        Clear();
+        return false;
+    }
+    return true;
+}
+
+void TiXmlDocumentEx::getXmlString(std::string& p_strOut) const {
+    p_strOut.clear();
+    char* pBuf = nullptr;
+    std::size_t nLen = 0;
+    FILE* pStream = open_memstream(&pBuf, &nLen);
+    if (pStream == nullptr) {
+        return;
+    }
+    // Printed by the library's own save path, so the text is exactly what a
+    // saved file holds.
+    TiXmlDocument::SaveFile(pStream);
+    std::fclose(pStream);
+    std::unique_ptr<char, FreeDeleter> pOwned(pBuf);
+    if (pOwned) {
+        p_strOut.assign(pOwned.get(), nLen);
+    }
+}
+
+bool TiXmlDocumentEx::LoadFile(const char* p_szDevicePath, TiXmlEncoding p_eEncoding) {
+    if (p_szDevicePath == nullptr) {
+        return false;
+    }
+    const std::string strHostPath = DeviceRoot::resolve(p_szDevicePath);
+    const bool bLoaded = TiXmlDocument::LoadFile(strHostPath.c_str(), p_eEncoding);
+    SetValue(p_szDevicePath);
+    return bLoaded;
+}
+
+bool TiXmlDocumentEx::SaveFile(const char* p_szDevicePath) const {
+    if (p_szDevicePath == nullptr || *p_szDevicePath == '\0') {
+        return false;
+    }
+    std::string strText;
+    getXmlString(strText);
+    VXFile file;
+    if (!file.open(p_szDevicePath, VXFile::modeWrite | VXFile::modeTruncate)) {
+        return false;
+    }
+    const int nWritten = file.write(strText.data(), static_cast<unsigned int>(strText.size()));
+    const bool bCommitted = file.close();
+    return bCommitted && nWritten == static_cast<int>(strText.size());
+}
+
+bool TiXmlDocumentEx::SaveFile() const {
+    return SaveFile(Value());
+}
