@@ -1,0 +1,55 @@
+#include "platform/ModuleConfigureParser.h"
+
+#include "platform/DeviceRoot.h"
+#include "platform/StringHandler.h"
+
+#include <cstring>
+#include <tinyxml.h>
+
+namespace {
+
+std::string attributeOr(const TiXmlElement& element, const char* name, const char* fallback) {
+    const char* value = element.Attribute(name);
+    return value ? value : fallback;
+}
+
+bool matches(const TiXmlElement& module, const std::string& model, const std::string& code) {
+    const char* m = module.Attribute("hardware_model");
+    const char* c = module.Attribute("hardware_code");
+    return m != nullptr && c != nullptr && model == m && code == c;
+}
+
+} // namespace
+
+bool ModuleConfigureParser::parse(const std::string& devicePath, const std::string& hardwareModel,
+                                  const std::string& hardwareCode,
+                                  std::vector<ModuleConfigure>& out) {
+    out.clear();
+    TiXmlDocument doc;
+    if (!doc.LoadFile(DeviceRoot::resolve(devicePath).c_str())) {
+        return false;
+    }
+    const TiXmlElement* root = doc.RootElement();
+    if (root == nullptr || std::strcmp(root->Value(), "ModuleConfig") != 0) {
+        return false;
+    }
+    std::vector<ModuleConfigure> found;
+    for (const TiXmlElement* module = root->FirstChildElement("Module"); module != nullptr;
+         module = module->NextSiblingElement("Module")) {
+        if (!matches(*module, hardwareModel, hardwareCode)) {
+            continue;
+        }
+        int id = 0;
+        const char* idText = module->Attribute("id");
+        if (idText == nullptr || !StringHandler::parseInt(idText, id)) {
+            return false;
+        }
+        ModuleConfigure config;
+        config.setModuleId(id);
+        config.setDetail(attributeOr(*module, "detail", ""));
+        config.setParameters(attributeOr(*module, "parameters", ""));
+        found.push_back(config);
+    }
+    out.swap(found);
+    return !out.empty();
+}

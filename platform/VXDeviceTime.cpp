@@ -1,0 +1,5 @@
+#include "platform/VXDeviceTime.h"
+
+VXTime VXDeviceTime::getCurrentTime() {
+    return currentClock()->now();
+}

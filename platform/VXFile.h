@@ -1,0 +1,52 @@
+// The host's file class. Names are device paths, resolved through DeviceRoot.
+//
+// A write-truncate open never touches the target until close(): the bytes go to
+// a temporary file beside it, which close() (or destruction) flushes, syncs and
+// renames over the target. A reader therefore sees the old content or the new,
+// never a mix or a truncated file, whatever happens to the writer in between.
+#pragma once
+
+#include "common/SensorTypes.h"
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+class VXFile {
+public:
+    enum : unsigned char { modeRead = 1, modeWrite = 2, modeTruncate = 64 };
+
+    VXFile();
+    ~VXFile();
+    VXFile(const VXFile&) = delete;
+    VXFile& operator=(const VXFile&) = delete;
+
+    // Opens for reading (modeRead) or for replacing the whole file
+    // (modeWrite | modeTruncate, missing parent directories are created).
+    // Any other mode is refused. A file already open is closed first.
+    bool open(const char* name, unsigned char mode = modeRead);
+    int read(char* buf, unsigned int n);        // bytes read, -1 if not open for reading
+    int write(const char* buf, unsigned int n); // bytes written, -1 if not open for writing
+    // Closes; for a write-truncate open, commits the new content. False when
+    // nothing was open or the commit failed (the target then keeps its old content).
+    bool close();
+    // Reading: the file's size. Writing: the bytes written so far. 0 when not open.
+    INT64 getLength() const;
+    FILE* getFileHandle();
+    // Next line of handle without "\n" / "\r\n"; "" at end of file.
+    std::string ReadOneLine(FILE* handle);
+    // All remaining lines of this file, stripped the same way.
+    std::vector<std::string> ReadLines();
+
+private:
+    bool openForRead(const std::string& hostPath);
+    bool openForReplace(const std::string& hostPath);
+    bool commit();
+    void discard();
+
+    FILE* m_pFile = nullptr;
+    bool m_bWriting = false;
+    INT64 m_nWritten = 0;
+    std::string m_strTarget;  // host path being replaced (write-truncate only)
+    std::string m_strTmpPath; // temporary file beside it
+};

@@ -1,0 +1,3 @@
+#include "platform/VideoStreamModule.h"
+
+VideoStreamModule::~VideoStreamModule() = default;

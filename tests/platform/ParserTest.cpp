@@ -1,0 +1,146 @@
+// Machine description, module configuration, device types and text helpers.
+#include "platform/DeviceType.h"
+#include "platform/ModuleConfigureParser.h"
+#include "platform/StringHandler.h"
+#include "platform/SystemInfoParser.h"
+
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr const char* kIni = "/mnt/mtd/code/factory_setting/machineinfo.ini";
+constexpr const char* kXml = "/hd1/moduleConfig/moduleConfig.xml";
+
+MachineInfo filledInfo() {
+    MachineInfo info;
+    info.setDeviceType(9);
+    info.setHardwareModel("stale");
+    info.setHardwareCode("stale");
+    return info;
+}
+
+void expectDefaults(const MachineInfo& info) {
+    EXPECT_EQ(0, info.getDeviceType());
+    EXPECT_EQ("", info.getHardwareModel());
+    EXPECT_EQ("", info.getHardwareCode());
+}
+
+} // namespace
+
+TEST(SystemInfoParser, ReadsTheDeviceSection) {
+    sensortest::TempDeviceRoot root;
+    root.writeFile(kIni, "; factory data\n[other]\ntype = 99\n[device]\ntype = 14\n"
+                         "hardware_model = Hi3516AV200\nhardware_code = IPC-2M-A\n");
+    MachineInfo info;
+    ASSERT_TRUE(SystemInfoParser::parseMachineInfo(kIni, info));
+    EXPECT_EQ(14, info.getDeviceType());
+    EXPECT_EQ("Hi3516AV200", info.getHardwareModel());
+    EXPECT_EQ("IPC-2M-A", info.getHardwareCode());
+}
+
+TEST(SystemInfoParser, BrokenDescriptionsGiveFalseAndDefaults) {
+    sensortest::TempDeviceRoot root;
+    const char* broken[] = {
+        "[device]\nhardware_model = M\nhardware_code = C\n",              // no type
+        "[device]\ntype = 1\nhardware_code = C\n",                        // no model
+        "[somewhere]\ntype = 1\nhardware_model = M\nhardware_code = C\n", // no section
+        "[device]\ntype = one\nhardware_model = M\nhardware_code = C\n",  // bad number
+        "[device\ntype = 1\nhardware_model = M\nhardware_code = C\n",     // syntax error
+    };
+    for (const char* text : broken) {
+        root.writeFile(kIni, text);
+        MachineInfo info = filledInfo();
+        EXPECT_FALSE(SystemInfoParser::parseMachineInfo(kIni, info)) << text;
+        expectDefaults(info);
+    }
+    MachineInfo info = filledInfo();
+    EXPECT_FALSE(SystemInfoParser::parseMachineInfo("/mnt/none.ini", info));
+    expectDefaults(info);
+}
+
+TEST(ModuleConfigureParser, ReturnsMatchingModulesInDocumentOrder) {
+    sensortest::TempDeviceRoot root;
+    root.writeFile(kXml, R"xml(<?xml version="1.0"?>
+<ModuleConfig>
+  <Module id="1" hardware_model="Hi3516AV200" hardware_code="IPC-2M-A"
+          detail="(max_scheme=4)(lensId=0)(isInfrared=1)" parameters=""/>
+  <Module id="2" hardware_model="Hi3516AV200" hardware_code="OTHER" detail="x"/>
+  <Other id="3" hardware_model="Hi3516AV200" hardware_code="IPC-2M-A"/>
+  <Module id="7" hardware_model="Hi3516AV200" hardware_code="IPC-2M-A" parameters="p=1"/>
+</ModuleConfig>)xml");
+    std::vector<ModuleConfigure> modules;
+    ASSERT_TRUE(ModuleConfigureParser::parse(kXml, "Hi3516AV200", "IPC-2M-A", modules));
+    ASSERT_EQ(2u, modules.size());
+    EXPECT_EQ(1, modules[0].getModuleId());
+    EXPECT_EQ("(max_scheme=4)(lensId=0)(isInfrared=1)", modules[0].getDetail());
+    EXPECT_EQ("", modules[0].getParameters());
+    EXPECT_EQ(7, modules[1].getModuleId());
+    EXPECT_EQ("", modules[1].getDetail());
+    EXPECT_EQ("p=1", modules[1].getParameters());
+
+    EXPECT_FALSE(ModuleConfigureParser::parse(kXml, "Hi3516AV200", "NONE", modules));
+    EXPECT_TRUE(modules.empty()) << "no match leaves nothing to take";
+}
+
+TEST(ModuleConfigureParser, BrokenFilesGiveFalseAndNothing) {
+    sensortest::TempDeviceRoot root;
+    const char* broken[] = {
+        "<ModuleConfig><Module id=\"1\" hardware_model=\"M\" hardware_code=\"C\">",
+        "<Modules><Module id=\"1\" hardware_model=\"M\" hardware_code=\"C\"/></Modules>",
+        "<ModuleConfig><Module id=\"1\" hardware_model=\"M\" hardware_code=\"C\"/>"
+        "<Module id=\"2x\" hardware_model=\"M\" hardware_code=\"C\"/></ModuleConfig>",
+        "",
+    };
+    for (const char* text : broken) {
+        root.writeFile(kXml, text);
+        std::vector<ModuleConfigure> modules(1);
+        EXPECT_FALSE(ModuleConfigureParser::parse(kXml, "M", "C", modules)) << text;
+        EXPECT_TRUE(modules.empty()) << text;
+    }
+    std::vector<ModuleConfigure> modules;
+    EXPECT_FALSE(ModuleConfigureParser::parse("/hd1/none.xml", "M", "C", modules));
+}
+
+TEST(DeviceType, AcceptsOnlyTheSixteenNumbers) {
+    const int accepted[] = {1, 4, 8, 9, 11, 13, 14, 15, 16, 17, 18, 19, 20, 22, 23, 104};
+    DeviceType type;
+    for (int id : accepted) {
+        type.setDeviceTypeId(id);
+        EXPECT_EQ(id, type.getDeviceTypeId());
+    }
+    for (int id : {-1, 0, 2, 3, 5, 21, 24, 103, 105}) {
+        type.setDeviceTypeId(id);
+        EXPECT_EQ(DeviceType::UNKNOWN, type.getDeviceTypeId()) << id;
+    }
+}
+
+TEST(StringHandler, SplitsAtEverySeparator) {
+    std::vector<std::string> pieces{"stale"};
+    StringHandler::split("34,2337,49", pieces, ",");
+    EXPECT_EQ((std::vector<std::string>{"34", "2337", "49"}), pieces);
+    StringHandler::split("a,,b,", pieces, ",");
+    EXPECT_EQ((std::vector<std::string>{"a", "", "b", ""}), pieces);
+    StringHandler::split("1 <> 2<>3", pieces, "<>");
+    EXPECT_EQ((std::vector<std::string>{"1 ", " 2", "3"}), pieces);
+    StringHandler::split("", pieces, ",");
+    EXPECT_TRUE(pieces.empty());
+    StringHandler::split("abc", pieces, "");
+    EXPECT_EQ((std::vector<std::string>{"abc"}), pieces);
+}
+
+TEST(StringHandler, ConvertsText) {
+    EXPECT_EQ(-12, StringHandler::str2type<int>(" -12"));
+    EXPECT_EQ(12, StringHandler::str2type<int>("12ab"));
+    EXPECT_EQ(0, StringHandler::str2type<int>("ab"));
+    EXPECT_DOUBLE_EQ(2.5, StringHandler::str2type<double>("2.5"));
+    int v = 5;
+    EXPECT_TRUE(StringHandler::parseInt("-2147483648", v));
+    EXPECT_EQ(-2147483648LL, v);
+    for (const char* bad : {"", " 1", "1 ", "1x", "2147483648", "+"}) {
+        v = 5;
+        EXPECT_FALSE(StringHandler::parseInt(bad, v)) << bad;
+        EXPECT_EQ(5, v);
+    }
+}
