@@ -53,7 +53,7 @@ bool check(bool bRet, const char* p_szCondition, const Origin& p_stOrigin, const
 
 #define SNS_ORIGIN_                                                                                \
     sensordiag::Origin {                                                                           \
-        SNS_SOURCE_UNIT, __func__, __LINE__                                                        \
+        SNS_SOURCE_UNIT, __func__, __LINE__, __PRETTY_FUNCTION__                                   \
     }
 
 #define SNS_DBG(...)                                                                               \

@@ -35,7 +35,10 @@ void traceAll() {
     SNS_ERR("err %d\n", 4);
 }
 
+int g_nFailCheckLine = 0;
+
 void failCheck() {
+    g_nFailCheckLine = __LINE__ + 1;
     SNS_ASSERT(1 + 1 == 3, "nScheme(%d)\n", 7);
 }
 

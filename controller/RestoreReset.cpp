@@ -1,0 +1,114 @@
+// Moving parameters between the scheme sets, their files and the ISP: flush,
+// restore, reset to the last stored set, and the channel's factory reset.
+#define SNS_SOURCE_UNIT "ISensorController"
+
+#include "common/SensorDebug.h"
+#include "common/SensorKeys.h"
+#include "config/SensorFile.h"
+#include "controller/ISensorController.h"
+#include "platform/ModuleConfigureParser.h"
+#include "platform/SystemInfoParser.h"
+#include "platform/VXMutexManager.h"
+#include "platform/sy_system.h"
+
+namespace {
+
+constexpr const char* MACHINE_INFO_FILE = "/mnt/mtd/code/factory_setting/machineinfo.ini";
+constexpr const char* MODULE_CONFIG_FILE = "/hd1/moduleConfig/moduleConfig.xml";
+constexpr int SY_SYSTEM_TIMEOUT = 30;
+
+} // namespace
+
+int ISensorController::flush() {
+    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    if (!m_ppUserKeyVal || m_nCurScheme < 0 ||
+        static_cast<u32>(m_nCurScheme) >= m_stSysConf.nSchemeSum) {
+        return SNS_SUCCESS; // the factory set is never written
+    }
+    const int nCheck = paramCheck();
+    if (nCheck != SNS_SUCCESS) {
+        return nCheck;
+    }
+    const std::string strFile = schemeFileName(m_nCurScheme);
+    return keyValToFile(strFile.c_str(), m_ppUserKeyVal[m_nCurScheme], m_nKeyValSum);
+}
+
+int ISensorController::restore(int p_nKey) {
+    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    int nPos = -1;
+    KeyVal* pRow = (m_ppUserKeyVal && m_nCurScheme >= 0) ? m_ppUserKeyVal[m_nCurScheme] : nullptr;
+    for (u32 i = 0; pRow != nullptr && i < m_nKeyValSum; ++i) {
+        if (pRow[i].key == static_cast<u32>(p_nKey)) {
+            nPos = static_cast<int>(i);
+            break;
+        }
+    }
+    SNS_ASSERT(-1 != nPos, "restore key(%d) failed! make sure it is sensor ui key \n", p_nKey);
+    if (nPos == -1) {
+        return SNS_FAILED;
+    }
+    KeyVal stStored = pRow[nPos];
+    return setParameters(&stStored, 1, false);
+}
+
+bool ISensorController::restoreAeMode() {
+    if (m_bHasLens && restore(KEY_AUTO_FOCUS_MODE) != SNS_SUCCESS) {
+        return false;
+    }
+    if (m_bIsThermal) {
+        return true;
+    }
+    return restore(KEY_EXPOSE_MODE) == SNS_SUCCESS;
+}
+
+bool ISensorController::resetToLastParameters() {
+    if (!m_ppUserKeyVal || m_nCurScheme < 0 ||
+        static_cast<u32>(m_nCurScheme) >= m_stSysConf.nSchemeSum) {
+        return true;
+    }
+    const std::string strName = schemeFileName(m_nCurScheme);
+    const char* szTmp = strName.c_str();
+    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    setState(m_bResettingLast);
+    SNS_ASSERT(SNS_SUCCESS == keyValFromFile(szTmp, m_pstKeyValTmp.get(), m_nKeyValSum),
+               "szTmp(%s), m_nKeyValSum(%d)\n", szTmp, m_nKeyValSum);
+    const int nRet = setParameters(m_pstKeyValTmp.get(), m_nKeyValSum, true);
+    clearState(m_bResettingLast);
+    return nRet == SNS_SUCCESS;
+}
+
+ModuleConfigure ISensorController::moduleConfigureForReset() const {
+    ModuleConfigure objModuleConfigure;
+    if (g_nDebugLevel > 5) {
+        MachineInfo objMachineInfo;
+        SystemInfoParser::parseMachineInfo(MACHINE_INFO_FILE, objMachineInfo);
+        std::vector<ModuleConfigure> vecModules;
+        ModuleConfigureParser::parse(MODULE_CONFIG_FILE, objMachineInfo.getHardwareModel(),
+                                     objMachineInfo.getHardwareCode(), vecModules);
+        if (!vecModules.empty()) {
+            return vecModules.front();
+        }
+        // No matching module: keep what the previous init was given.
+    }
+    objModuleConfigure.setModuleId(m_stSysConf.moduleConfig.nModuleId);
+    objModuleConfigure.setDetail(m_stSysConf.moduleConfig.szDetail);
+    objModuleConfigure.setParameters(m_stSysConf.moduleConfig.szParameters);
+    return objModuleConfigure;
+}
+
+bool ISensorController::resetParameters() {
+    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    setState(m_bResetting);
+    if (m_ppUserKeyVal) {
+        SNS_ASSERT(SNS_SUCCESS == switch_to(m_stSysConf.nSchemeSum), "m_stSysConf.nSchemeSum(%d)\n",
+                   m_stSysConf.nSchemeSum);
+    }
+    sy_system(removeSchemeFilesCommand().c_str(), SY_SYSTEM_TIMEOUT);
+    // The configuration texts are copied out before uinit releases the record.
+    const ModuleConfigure objModuleConfigure = moduleConfigureForReset();
+    uinit();
+    SNS_ASSERT(init(objModuleConfigure), "");
+    m_nCurScheme = 0;
+    clearState(m_bResetting);
+    return true;
+}

@@ -1,0 +1,158 @@
+// The text interface: parameters as "(key,value)" groups, id-list requests
+// "(id,id,...)", the whole current set, and the allowed values of a few
+// exposure, iris and focus parameters.
+#define SNS_SOURCE_UNIT "ISensorController"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <tinyxml.h>
+
+#include "common/SensorDebug.h"
+#include "common/SensorKeys.h"
+#include "common/ia_ioctrl.h"
+#include "config/SensorFile.h"
+#include "config/SensorKeyVal.h"
+#include "controller/ISensorController.h"
+#include "platform/DeviceRoot.h"
+#include "platform/StringHandler.h"
+#include "platform/VXMutexManager.h"
+
+namespace {
+
+// The only commands whose range is reported.
+constexpr u32 RANGE_CAPABLE_KEYS[] = {
+    KEY_MAX_SHUTTER,       KEY_FIX_SHUTTER,   KEY_MIN_SHUTTER,           KEY_MIN_SHUTTER_NIGHT,
+    KEY_MAX_SHUTTER_NIGHT, KEY_IRIS_POSITION, KEY_AUTO_FOCUS_NEAR_LIMIT,
+};
+
+// A style maximum-shutter value above this means the stored file answers
+// getAllParameters; otherwise the live, ISP-corrected set does.
+constexpr int STORED_SET_SHUTTER_THRESHOLD = 199;
+constexpr int NO_SHUTTER_PRESET = 200;
+
+bool isRangeCapable(int p_nCmd) {
+    return std::find(std::begin(RANGE_CAPABLE_KEYS), std::end(RANGE_CAPABLE_KEYS),
+                     static_cast<u32>(p_nCmd)) != std::end(RANGE_CAPABLE_KEYS);
+}
+
+bool isListedDynamic(const ia_dynamic_cmd_list_st& p_stList, int p_nCmd) {
+    const int nCount = std::clamp(p_stList.cmd_cnt, 0, IA_DYNAMIC_CMD_MAX);
+    return std::find(p_stList.cmd_list, p_stList.cmd_list + nCount, static_cast<u32>(p_nCmd)) !=
+           p_stList.cmd_list + nCount;
+}
+
+} // namespace
+
+bool ISensorController::parseSensorParameter(const std::string& p_strText,
+                                             std::vector<std::string>& vecIds) {
+    const size_t nClose = p_strText.find(')');
+    if (p_strText.empty() || p_strText.find('(') != 0 || nClose == std::string::npos ||
+        nClose != p_strText.size() - 1 || nClose <= 1) {
+        return false;
+    }
+    StringHandler::split(p_strText.substr(1, nClose - 1), vecIds, ",");
+    return !vecIds.empty();
+}
+
+int ISensorController::setParameters(const std::string& p_strParameters, bool p_bCache) {
+    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    SNS_DBG("p_Parameters1111111111(%s)\n", p_strParameters.c_str());
+    if (!m_pstKeyValTmp) {
+        SNS_WARN("parameters refused: the channel is not initialised\n");
+        return SNS_FAILED;
+    }
+    // One spare slot tells a text with more pairs than a set holds; such a text
+    // is refused as a whole, since applying a cut list would half-apply the
+    // host's change.
+    std::vector<KeyVal> vecParsed(m_nKeyValSum + 1);
+    u32 nCount = 0;
+    keyval_str2st(p_strParameters, vecParsed.data(), &nCount, m_nKeyValSum + 1);
+    if (nCount > m_nKeyValSum) {
+        SNS_WARN("parameters refused: more than %u pairs in the text\n", m_nKeyValSum);
+        return SNS_FAILED;
+    }
+    std::copy(vecParsed.begin(), vecParsed.begin() + nCount, m_pstKeyValTmp.get());
+    return setParameters(m_pstKeyValTmp.get(), nCount, p_bCache);
+}
+
+int ISensorController::getParameters(const std::string& p_strIds, std::string& p_strOut) {
+    std::vector<std::string> vecIds;
+    if (!parseSensorParameter(p_strIds, vecIds)) {
+        std::printf("%s%d getParameters fail p_strIds = %s \n", SNS_SOURCE_UNIT, __LINE__,
+                    p_strIds.c_str());
+        return 0;
+    }
+    p_strOut.clear();
+    for (const std::string& strId : vecIds) {
+        const int nKey = std::atoi(strId.c_str());
+        int nValue = 0;
+        if (getParameter(nKey, nValue)) {
+            char szPair[32];
+            std::snprintf(szPair, sizeof(szPair), "(%d,%d)", nKey, nValue);
+            p_strOut += szPair;
+        }
+    }
+    std::printf("@@ out_Parameters = %s @@\n", p_strOut.c_str());
+    return 1;
+}
+
+bool ISensorController::getAllParameters(std::string& p_strOut) {
+    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    if (!m_ppUserKeyVal || m_nCurScheme < 0) {
+        return true;
+    }
+    int nVal = NO_SHUTTER_PRESET;
+    char szStyleName[64];
+    std::snprintf(szStyleName, sizeof(szStyleName), "/tmp/merge_style_ch%d.xml", m_nCameraID);
+    const std::string strFile = DeviceRoot::resolve(szStyleName);
+    const char* filename = strFile.c_str();
+    TiXmlDocument objStyleXmlDoc;
+    SNS_ASSERT(objStyleXmlDoc.LoadFile(filename, TIXML_ENCODING_UTF8), "");
+    getDnaValbyCmdId(objStyleXmlDoc.RootElement(), KEY_MAX_SHUTTER, nVal);
+
+    if (nVal > STORED_SET_SHUTTER_THRESHOLD) {
+        if (static_cast<u32>(m_nCurScheme) >= m_stSysConf.nSchemeSum) {
+            return true;
+        }
+        const std::string strName = schemeFileName(m_nCurScheme);
+        const char* szTmp = strName.c_str();
+        SNS_ASSERT(SNS_SUCCESS == keyValFromFile(szTmp, m_pstKeyValTmp.get(), m_nKeyValSum),
+                   "szTmp(%s), m_nKeyValSum(%d)\n", szTmp, m_nKeyValSum);
+        keyval_st2str(p_strOut, m_pstKeyValTmp.get(), m_nKeyValSum);
+        return true;
+    }
+    SNS_ASSERT(SNS_SUCCESS ==
+                   keyval_correct(m_nCameraID - 1, m_ppUserKeyVal[m_nCurScheme], m_nKeyValSum),
+               "m_nCurScheme(%d) m_nKeyValSum(%d)\n", m_nCurScheme, m_nKeyValSum);
+    keyval_st2str(p_strOut, m_ppUserKeyVal[m_nCurScheme], m_nKeyValSum);
+    return true;
+}
+
+bool ISensorController::getSensorParamRange(int p_nCmd, int& p_nDefault, std::string& p_strRange) {
+    ia_dynamic_cmd_list_st dnaCmdList{};
+    if (!SNS_CHECK(SNS_SUCCESS == ia_ioctrl_v2(m_nCameraID - 1, IA_CMD_DYNAMIC_PARAMS_CMDS_GET,
+                                               IA_CMD_OPT_GET, (void*)(&dnaCmdList)),
+                   "")) {
+        dnaCmdList = ia_dynamic_cmd_list_st{}; // a refused list counts as empty
+    }
+    if (!isListedDynamic(dnaCmdList, p_nCmd) || !isRangeCapable(p_nCmd)) {
+        return false;
+    }
+    ia_dynamic_params_attr_st stDynamicParam{};
+    SNS_ASSERT(SNS_SUCCESS == doIaCmd(p_nCmd, IA_CMD_OPT_GET_PARAM_RNAGE, (void*)(&stDynamicParam)),
+               "");
+    if (stDynamicParam.param_type != 0) {
+        return true;
+    }
+    p_nDefault = stDynamicParam.default_val;
+    const int nItems = std::clamp(stDynamicParam.items_cnt, 0, IA_DYNAMIC_ITEM_MAX);
+    for (int i = 0; i < nItems; ++i) {
+        if (i > 0) {
+            p_strRange += ' ';
+        }
+        p_strRange += std::to_string(stDynamicParam.item[i]);
+    }
+    std::printf("cmd=%d DefaltParam=%d strParamRange=%s\n", p_nCmd, p_nDefault, p_strRange.c_str());
+    return true;
+}
