@@ -97,7 +97,8 @@ int keyval_str2st(const std::string& p_strIn, KeyVal* p_pKeyval, u32* p_pnKeyVal
 
 int keyval_correct(int p_nChannel_id, KeyVal* p_pKeyval, u32 p_nKeyValNum) {
     if (p_pKeyval == nullptr) {
-        SNS_ASSERT(NULL != p_pKeyval, "");
+        // NULL would be expanded before SNS_ASSERT prints it; the text is fixed here.
+        SNS_ASSERT_TEXT(false, "NULL != p_pKeyval", "");
         return SNS_FAILED;
     }
     ia_dynamic_cmd_list_st dnaCmdList{};
