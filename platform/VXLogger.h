@@ -1,6 +1,7 @@
 // The host's rotating log file. Each writeLog appends one whole line with a
 // single O_APPEND write, so several loggers in several threads (or processes)
-// can share one file without their lines interleaving.
+// can share one file without their lines interleaving. Rotation is serialised
+// within the process only; the module logs from one process.
 #pragma once
 
 #include <string>
