@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 
 #include "platform/DeviceRoot.h"
@@ -54,7 +55,11 @@ bool TiXmlDocumentEx::LoadFile(const char* p_szDevicePath, TiXmlEncoding p_eEnco
         return false;
     }
     const std::string strHostPath = DeviceRoot::resolve(p_szDevicePath);
-    const bool bLoaded = TiXmlDocument::LoadFile(strHostPath.c_str(), p_eEncoding);
+    // The library sizes its buffer from the file; a directory or a device
+    // would make it ask for an absurd amount of memory.
+    std::error_code ec;
+    const bool bLoaded = std::filesystem::is_regular_file(strHostPath, ec) &&
+                         TiXmlDocument::LoadFile(strHostPath.c_str(), p_eEncoding);
     SetValue(p_szDevicePath);
     return bLoaded;
 }
