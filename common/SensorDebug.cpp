@@ -123,7 +123,8 @@ void printPlain(int p_nThreshold, int p_nColour, const char* p_szFormat, ...) {
 
 void abortAssert(const Origin& p_stOrigin) {
     std::fflush(stdout);
-#ifdef __GLIBC__
+    // glibc declares __assert_fail only while assertions are compiled in.
+#if defined(__GLIBC__) && !defined(NDEBUG)
     __assert_fail("bRet", p_stOrigin.unit, static_cast<unsigned int>(p_stOrigin.line),
                   p_stOrigin.signature);
 #else
