@@ -23,6 +23,11 @@ TEST_F(DispatchTest, CameraIdMapsToIspChannel) {
     EXPECT_EQ(generic(KEY_BRIGHTNESS, 40), 0);
     EXPECT_EQ(ispCalls(), std::vector<IspCall>{setCall(34, {40}, 1)});
     EXPECT_EQ(m_objIsp.getValue(1, 34), 40);
+
+    m_objIsp.failCommand(-1, 34, -1, -7); // the ISP's error comes back unchanged
+    EXPECT_EQ(generic(KEY_BRIGHTNESS, 40), -7);
+    int nValue = 0;
+    EXPECT_EQ(ctl().doIaCmd(34, IA_CMD_OPT_GET, &nValue), -7);
 }
 
 TEST_F(DispatchTest, ZoomFocusLockHoldsBackOnlyLensCommands) {
@@ -41,13 +46,6 @@ TEST_F(DispatchTest, ZoomFocusLockHoldsBackOnlyLensCommands) {
     EXPECT_EQ(ispCalls(), std::vector<IspCall>{setCall(1536, {2})});
 }
 
-TEST_F(DispatchTest, IspErrorIsReturnedUnchanged) {
-    m_objIsp.failCommand(-1, 34, -1, -7);
-    EXPECT_EQ(generic(KEY_BRIGHTNESS, 40), -7);
-    int nValue = 0;
-    EXPECT_EQ(ctl().doIaCmd(34, IA_CMD_OPT_GET, &nValue), -7);
-}
-
 TEST_F(DispatchTest, UserActionsWaitOutEveryBulkOperation) {
     for (u32 nBit : {Access::initingBit(), Access::resettingBit(), Access::resettingLastBit(),
                      Access::switchingBit()}) {
@@ -62,9 +60,6 @@ TEST_F(DispatchTest, UserActionsWaitOutEveryBulkOperation) {
     Access::setState(ctl(), Access::uninitingBit());
     user(KEY_ZOOM_IN, 1);
     EXPECT_EQ(ispCalls(), std::vector<IspCall>{setCall(1569, {1})});
-}
-
-TEST_F(DispatchTest, UserActionResultIsTheIsps) {
     m_objIsp.failCommand(-1, 1569, -1, -5);
     EXPECT_EQ(user(KEY_ZOOM_IN, 1), -5);
 }
