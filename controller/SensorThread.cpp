@@ -17,7 +17,6 @@ namespace {
 constexpr u32 IA_CMD_SENSOR_CHECK = 2816;
 constexpr int SENSOR_CHECK_READ = 2;
 constexpr int NO_MAIL = -1;
-constexpr int FOV_SYNC_CHANNEL = 1;
 
 // The diagnostic pass-through record.
 struct SensorCheckRecord {
