@@ -224,7 +224,7 @@ private:
     bool isAppliedUnderDayNightPolicy(const KeyVal& p_stRecord);
     bool exceedsIrPowerBudget(const KeyVal& p_stRecord);
     int readIrPartnerFromIsp(u32 p_nPartnerKey);
-    RecordRoute routeLightTypeTwin(const KeyVal& p_stRecord);
+    RecordRoute routeLightTypeTwin(const KeyVal& p_stRecord, bool p_bIntelligentLight);
     bool isIntelligentLight();
     // The row of a scheme set, or null when the sets or the row do not exist.
     KeyVal* schemeRow(u32 p_nScheme) const;

@@ -206,10 +206,16 @@ constexpr bool allKeysDistinct() {
 }
 static_assert(allKeysDistinct(), "a key occurs once in the table");
 
+// Told by the name: a sanitizer build cannot compare member pointers at
+// compile time.
+constexpr bool hasHandler(const KeyCmdRow& p_stRow) {
+    return std::string_view(p_stRow.func_name) != "NULL";
+}
+
 constexpr bool allHandlerCommandsDistinct() {
     for (std::size_t i = 0; i < KEY_CMD_ROWS.size(); ++i) {
         for (std::size_t j = i + 1; j < KEY_CMD_ROWS.size(); ++j) {
-            if (KEY_CMD_ROWS[i].func != nullptr && KEY_CMD_ROWS[j].func != nullptr &&
+            if (hasHandler(KEY_CMD_ROWS[i]) && hasHandler(KEY_CMD_ROWS[j]) &&
                 KEY_CMD_ROWS[i].ia_cmd == KEY_CMD_ROWS[j].ia_cmd) {
                 return false;
             }

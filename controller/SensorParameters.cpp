@@ -281,10 +281,13 @@ ISensorController::RecordRoute ISensorController::routeRecord(KeyVal& p_stRecord
     if (!isAppliedUnderDayNightPolicy(p_stRecord)) {
         return stStore;
     }
+    // The light type is read for every record that gets this far, before the
+    // infrared budget is looked at.
+    const bool bIntelligentLight = isIntelligentLight();
     if (exceedsIrPowerBudget(p_stRecord)) {
         return {RecordAction::Refuse, 0};
     }
-    return routeLightTypeTwin(p_stRecord);
+    return routeLightTypeTwin(p_stRecord, bIntelligentLight);
 }
 
 // KEY_SCHEME_MODE is the policy only in scheme 0, which hands it on to the
@@ -373,17 +376,18 @@ bool ISensorController::isIntelligentLight() {
 // The ISP knows only the normal key of a pair. The pair member that does not
 // belong to the light type in force is skipped; the other one is copied into
 // its partner in the current set and applied under the normal key.
-ISensorController::RecordRoute ISensorController::routeLightTypeTwin(const KeyVal& p_stRecord) {
+ISensorController::RecordRoute ISensorController::routeLightTypeTwin(const KeyVal& p_stRecord,
+                                                                     bool p_bIntelligentLight) {
     const u32 nScheme = static_cast<u32>(m_nCurScheme);
     if (const TwinPair* pPair = findPairByNormal(p_stRecord.key)) {
-        if (isIntelligentLight()) {
+        if (p_bIntelligentLight) {
             return {RecordAction::Skip, 0};
         }
         setKeyValToCache(nScheme, pPair->nTwin, p_stRecord.value, true);
         return {RecordAction::Apply, pPair->nNormal};
     }
     if (const TwinPair* pPair = findPairByTwin(p_stRecord.key)) {
-        if (!isIntelligentLight()) {
+        if (!p_bIntelligentLight) {
             return {RecordAction::Skip, 0};
         }
         setKeyValToCache(nScheme, pPair->nNormal, p_stRecord.value, true);

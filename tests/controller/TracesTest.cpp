@@ -109,6 +109,13 @@ TEST_F(TracesTest, InvalidSchemeLookupIsTraced) {
     CaptureStdout();
     EXPECT_EQ(ctl().getKeyValFromCache(9, 34, nValue), -1);
     EXPECT_EQ(GetCapturedStdout(), coloured(0, "can not find val, invalid sheme(9) \n"));
+
+    // Before the first switch the loop's cache and light-type lookups both miss.
+    Access::setCurScheme(ctl(), -1);
+    const std::string strMiss = coloured(0, "can not find val, invalid sheme(-1) \n");
+    EXPECT_EQ(printed({{34, 40}}),
+              strMiss + strMiss +
+                  setTrace("KEY_BRIGHTNESS", 34, 40, "&ISensorController::doIaCmd", 34) + "\n");
 }
 
 TEST_F(TracesTest, SingleParameterCallsAnnounceThemselves) {
