@@ -127,10 +127,11 @@ int ISensorController::SensorCheck(std::string& p_str) {
     }
     SensorCheckRecord stRecord{std::atoi(vecIds[0].c_str()), std::atoi(vecIds[1].c_str()),
                                std::atoi(vecIds[2].c_str()), 0};
-    const int nOption = (stRecord.b == SENSOR_CHECK_READ) ? IA_CMD_OPT_GET : IA_CMD_OPT_SET;
+    const bool bRead = stRecord.b == SENSOR_CHECK_READ;
+    const int nOption = bRead ? IA_CMD_OPT_GET : IA_CMD_OPT_SET;
     const int nRet = ia_ioctrl_v2(m_nCameraID - 1, static_cast<ia_cmd_e>(IA_CMD_SENSOR_CHECK),
                                   nOption, &stRecord);
-    if (stRecord.b == SENSOR_CHECK_READ) {
+    if (bRead) {
         p_str = std::to_string(stRecord.reply);
     }
     return nRet;
