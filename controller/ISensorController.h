@@ -36,6 +36,8 @@ public:
     // The channel as setChannelID left it, for host tools.
     int getCameraID() const { return m_nCameraID; }
     bool isThermalChannel() const { return m_bIsThermal; }
+    // User schemes of the channel; the factory set is scheme getSchemeSum().
+    u32 getSchemeSum() const { return m_stSysConf.nSchemeSum; }
 
     // Start-up and release.
     bool init(const ModuleConfigure& p_objModuleConfigure);
@@ -286,7 +288,7 @@ private:
     bool m_bSchemeByDN;
     bool m_bisLimitedIrPower;
     bool m_bHasLens;
-    bool m_bShutterPass;
+    std::atomic<bool> m_bShutterPass; // set by uinit while the thread may be switching
     bool m_bIsThermal;
     bool m_bShowLDCFlag;
     SensorZoomFocusParam m_objZoomFocusParam;

@@ -29,8 +29,7 @@ int ISensorController::doIaCmd_PanoTuning(u32 p_nKey, u32 /*p_nDir*/, void* p_pV
 
 int ISensorController::doIaCmdShutter(u32 p_nKey, u32 p_nDir, void* p_pVal) {
     // After uinit the first shutter action goes out whatever is running.
-    if (m_bShutterPass) {
-        m_bShutterPass = false;
+    if (m_bShutterPass.exchange(false)) {
         return doIaCmd(p_nKey, p_nDir, p_pVal);
     }
     // A stored shutter action is not fired again when a whole set is applied.
