@@ -40,6 +40,18 @@ void printHeader(const char* p_szTag, const sensordiag::Origin& p_stOrigin) {
                  p_stOrigin.function, p_stOrigin.line);
 }
 
+// One coloured console block: prefix, the header when a tag is given, the
+// text, suffix.
+void printBlock(int p_nColour, const char* p_szTag, const sensordiag::Origin* p_pOrigin,
+                const char* p_szText) {
+    printColourPrefix(p_nColour);
+    if (p_szTag != nullptr) {
+        printHeader(p_szTag, *p_pOrigin);
+    }
+    std::fprintf(stdout, "%s", p_szText);
+    printColourSuffix();
+}
+
 // One logger per block of lines: nothing stays open between diagnostics.
 class ErrorLog {
 public:
@@ -95,10 +107,7 @@ void printTagged(int p_nThreshold, int p_nColour, const char* p_szTag, bool p_bT
     formatInto(buf, p_szFormat, args);
     va_end(args);
 
-    printColourPrefix(p_nColour);
-    printHeader(p_szTag, p_stOrigin);
-    std::fprintf(stdout, "%s", buf.data());
-    printColourSuffix();
+    printBlock(p_nColour, p_szTag, &p_stOrigin, buf.data());
     if (p_bToLog) {
         ErrorLog objLog;
         objLog.writeHeader(p_szTag, p_stOrigin);
@@ -116,9 +125,7 @@ void printPlain(int p_nThreshold, int p_nColour, const char* p_szFormat, ...) {
     va_start(args, p_szFormat);
     formatInto(buf, p_szFormat, args);
     va_end(args);
-    printColourPrefix(p_nColour);
-    std::fprintf(stdout, "%s", buf.data());
-    printColourSuffix();
+    printBlock(p_nColour, nullptr, nullptr, buf.data());
 }
 
 void abortAssert(const Origin& p_stOrigin) {
@@ -143,10 +150,7 @@ bool check(bool bRet, const char* p_szCondition, const Origin& p_stOrigin, const
     if (g_nDebugLevel >= 0) {
         LineBuffer line;
         std::snprintf(line.data(), line.size(), "%s   ~~~Assertion failed.\n", p_szCondition);
-        printColourPrefix(COLOUR_RED);
-        printHeader(TAG_ASSERT, p_stOrigin);
-        std::fprintf(stdout, "%s", line.data());
-        printColourSuffix();
+        printBlock(COLOUR_RED, TAG_ASSERT, &p_stOrigin, line.data());
         ErrorLog objLog;
         objLog.writeHeader(TAG_ASSERT, p_stOrigin);
         objLog.write(TAG_ASSERT, line.data());
@@ -159,9 +163,7 @@ bool check(bool bRet, const char* p_szCondition, const Origin& p_stOrigin, const
         va_start(args, p_szFormat);
         formatInto(buf, p_szFormat, args);
         va_end(args);
-        printColourPrefix(COLOUR_RED);
-        std::fprintf(stdout, "%s", buf.data());
-        printColourSuffix();
+        printBlock(COLOUR_RED, nullptr, nullptr, buf.data());
         ErrorLog objLog;
         objLog.write(TAG_ASSERT, buf.data());
     }

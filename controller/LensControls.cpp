@@ -46,24 +46,24 @@ constexpr int RATIO_UNIT = 1000;
 
 } // namespace
 
-bool ISensorController::focusFar() {
-    if (!m_bHasLens) {
-        return true;
-    }
+namespace {
+
+// One focus step; the focus mode is set first and its result does not count.
+bool stepFocus(ISensorController& p_objController, u32 p_nCmd) {
     int nValue = 1;
-    doIaCmd(IA_CMD_FOCUS_MODE, IA_CMD_OPT_SET, &nValue);
+    p_objController.doIaCmd(IA_CMD_FOCUS_MODE, IA_CMD_OPT_SET, &nValue);
     nValue = 1;
-    return doIaCmd(IA_CMD_FOCUS_FAR, IA_CMD_OPT_SET, &nValue) == SNS_SUCCESS;
+    return p_objController.doIaCmd(p_nCmd, IA_CMD_OPT_SET, &nValue) == SNS_SUCCESS;
+}
+
+} // namespace
+
+bool ISensorController::focusFar() {
+    return !m_bHasLens || stepFocus(*this, IA_CMD_FOCUS_FAR);
 }
 
 bool ISensorController::focusNear() {
-    if (!m_bHasLens) {
-        return true;
-    }
-    int nValue = 1;
-    doIaCmd(IA_CMD_FOCUS_MODE, IA_CMD_OPT_SET, &nValue);
-    nValue = 1;
-    return doIaCmd(IA_CMD_FOCUS_NEAR, IA_CMD_OPT_SET, &nValue) == SNS_SUCCESS;
+    return !m_bHasLens || stepFocus(*this, IA_CMD_FOCUS_NEAR);
 }
 
 namespace {
