@@ -69,14 +69,17 @@ int loadFromFile(const char* file_name, char* data, INT64 file_len) {
 
 int saveToFile(const char* file_name, const char* data, INT64 file_len) {
     file_name = printableName(file_name);
+    // Refused before the file is opened: opening already replaces it.
+    if ((data == nullptr && file_len > 0) || !fitsOneTransfer(file_len)) {
+        SNS_ASSERT_TEXT(false, "file_len == (nSize=file.write(data, file_len))", "file_len(%d)\n",
+                        static_cast<int>(file_len));
+        return -1;
+    }
     VXFile file;
     const bool bOpened = file.open(file_name, VXFile::modeWrite | VXFile::modeTruncate);
     SNS_ASSERT_TEXT(bOpened, "file.open(file_name, VXFile::modeWrite | VXFile::modeTruncate)",
                     "file_name(%s)\n", file_name);
-    int nSize = -1;
-    if (data != nullptr && fitsOneTransfer(file_len)) {
-        nSize = file.write(data, static_cast<unsigned int>(file_len));
-    }
+    const int nSize = file.write(data, static_cast<unsigned int>(file_len));
     SNS_ASSERT_TEXT(file_len == nSize, "file_len == (nSize=file.write(data, file_len))",
                     "file_len(%d)\n", static_cast<int>(file_len));
     // The new content exists only once it is committed; a failed commit

@@ -1,0 +1,66 @@
+// Common set-up for the configuration tests: a fresh device root, the ISP
+// simulator on its built-in profile without dynamic commands, the error log.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "common/SensorTypes.h"
+#include "common/ia_ioctrl.h"
+#include "isp/IspSimulator.h"
+#include "support/TestSupport.h"
+
+namespace configtest {
+
+class ConfigTest : public ::testing::Test {
+protected:
+    ConfigTest() { reset(); }
+    ~ConfigTest() override { reset(); }
+
+    static IspSimulator& isp() { return IspSimulator::instance(); }
+
+    // True when the error log received p_szText since the last call; the log
+    // starts empty again afterwards.
+    bool logged(const std::string& p_strText) {
+        const std::string strLog = takeLog();
+        return strLog.find(p_strText) != std::string::npos;
+    }
+    std::string takeLog() {
+        std::string strText;
+        for (const char* szSuffix : {".3", ".2", ".1", ""}) {
+            const std::string strPath = std::string("/mnt/mtd/log/SensorError.log") + szSuffix;
+            if (m_objRoot.exists(strPath)) {
+                strText += m_objRoot.readFile(strPath);
+                std::remove(m_objRoot.hostPath(strPath).c_str());
+            }
+        }
+        return strText;
+    }
+
+    // ISP channel 0 lists p_nCmd as dynamic with these allowed items.
+    void dynamic(uint32_t p_nCmd, int p_nDefault, const std::vector<int>& p_vecItems) {
+        ia_dynamic_params_attr_st stAttr{};
+        stAttr.default_val = p_nDefault;
+        stAttr.items_cnt = static_cast<int>(p_vecItems.size());
+        for (std::size_t i = 0; i < p_vecItems.size() && i < IA_DYNAMIC_ITEM_MAX; ++i) {
+            stAttr.item[i] = p_vecItems[i];
+        }
+        m_vecDynamic.push_back(p_nCmd);
+        isp().setDynamicCommands(0, m_vecDynamic);
+        isp().setAttribute(0, p_nCmd, stAttr);
+    }
+
+    sensortest::TempDeviceRoot m_objRoot;
+    std::vector<uint32_t> m_vecDynamic;
+
+private:
+    static void reset() {
+        isp().loadDefaultProfile();
+        isp().setDynamicCommands(-1, {});
+        setshowBeawayFalg(true);
+    }
+};
+
+} // namespace configtest
