@@ -78,3 +78,11 @@ bool check(bool bRet, const char* p_szCondition, const Origin& p_stOrigin, const
 // that go on differently after a failed check.
 #define SNS_CHECK(condition, ...)                                                                  \
     sensordiag::check(static_cast<bool>(condition), #condition, SNS_ORIGIN_, __VA_ARGS__)
+
+// The same checks reporting a fixed expression text instead of the source
+// tokens: for reports whose established text differs from the code that now
+// evaluates a safer equivalent (a length taken once, a capacity passed along).
+#define SNS_CHECK_TEXT(condition, text, ...)                                                       \
+    sensordiag::check(static_cast<bool>(condition), text, SNS_ORIGIN_, __VA_ARGS__)
+#define SNS_ASSERT_TEXT(condition, text, ...)                                                      \
+    static_cast<void>(SNS_CHECK_TEXT(condition, text, __VA_ARGS__))

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "common/SensorDebug.h"
-#include "config/SensorCheck.h"
 #include "platform/VXFile.h"
 
 namespace {
@@ -80,8 +79,11 @@ int saveToFile(const char* file_name, const char* data, INT64 file_len) {
     SNS_ASSERT_TEXT(bOpened, "file.open(file_name, VXFile::modeWrite | VXFile::modeTruncate)",
                     "file_name(%s)\n", file_name);
     const int nSize = file.write(data, static_cast<unsigned int>(file_len));
-    SNS_ASSERT_TEXT(file_len == nSize, "file_len == (nSize=file.write(data, file_len))",
-                    "file_len(%d)\n", static_cast<int>(file_len));
+    if (!SNS_CHECK_TEXT(file_len == nSize, "file_len == (nSize=file.write(data, file_len))",
+                        "file_len(%d)\n", static_cast<int>(file_len))) {
+        file.discard(); // a short write never replaces the old file
+        return nSize;
+    }
     // The new content exists only once it is committed; a failed commit
     // leaves the old file, so the save did not happen.
     if (bOpened && !file.close()) {
@@ -139,9 +141,12 @@ int keyValToFile(const char* file_name, const KeyVal* p_pKeyVal, u32 p_nKeyValSu
     SNS_ASSERT_TEXT(bOpened, "file.open(file_name, VXFile::modeWrite | VXFile::modeTruncate)",
                     "file_name(%s)\n", file_name);
     const int nSize = file.write(vecBytes.data(), static_cast<unsigned int>(nWant));
-    SNS_ASSERT_TEXT(nSize == nWant, "nSize == sizeof(KeyVal)*p_nKeyValSum",
-                    "nSize(%d) sizeof(KeyVal) = %d, p_nKeyValNum(%d)\n", nSize,
-                    static_cast<int>(sizeof(KeyVal)), static_cast<int>(p_nKeyValSum));
+    if (!SNS_CHECK_TEXT(nSize == nWant, "nSize == sizeof(KeyVal)*p_nKeyValSum",
+                        "nSize(%d) sizeof(KeyVal) = %d, p_nKeyValNum(%d)\n", nSize,
+                        static_cast<int>(sizeof(KeyVal)), static_cast<int>(p_nKeyValSum))) {
+        file.discard(); // a short write never replaces the old file
+        return SNS_SUCCESS;
+    }
     if (bOpened && !file.close()) {
         SNS_ASSERT_TEXT(false, "file.close()", "file_name(%s)\n", file_name);
     }

@@ -9,7 +9,6 @@
 
 #include "common/SensorDebug.h"
 #include "common/ia_ioctrl.h"
-#include "config/SensorCheck.h"
 #include "config/SensorFile.h"
 
 namespace {

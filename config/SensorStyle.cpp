@@ -13,7 +13,6 @@
 
 #include "common/SensorDebug.h"
 #include "common/SensorKeys.h"
-#include "config/SensorCheck.h"
 #include "config/SensorXml.h"
 
 namespace {

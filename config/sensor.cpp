@@ -15,7 +15,6 @@
 #include <vector>
 
 #include "common/SensorDebug.h"
-#include "config/SensorCheck.h"
 #include "config/SensorFile.h"
 #include "config/SensorXml.h"
 #include "platform/MachineInfo.h"

@@ -251,6 +251,10 @@ void fillRow(keycmd& p_stRow, const KeyCmdRow& p_stSource) {
 
 } // namespace
 
+const std::array<KeyCmdRow, KEY_CMD_TABLE_ROWS>& keyCmdRows() {
+    return KEY_CMD_ROWS;
+}
+
 void ISensorController::initKeyCmdMap() {
     // The table is allocated with the current row count (170 at the first
     // start-up, 165 afterwards), never fewer rows than it fills.

@@ -6,6 +6,7 @@
 
 #include "common/keycmd.h"
 
+#include <array>
 #include <cstddef>
 
 // Rows of the table.
@@ -19,3 +20,7 @@ struct KeyCmdRow {
     const char* key_name;
     const char* func_name; // "&ISensorController::<handler>" or "NULL"
 };
+
+// The constant rows in table order, for host tools that show a parameter's
+// name beside its key.
+const std::array<KeyCmdRow, KEY_CMD_TABLE_ROWS>& keyCmdRows();

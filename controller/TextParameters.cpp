@@ -6,15 +6,14 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <tinyxml.h>
 
 #include "common/SensorDebug.h"
 #include "common/SensorKeys.h"
 #include "common/ia_ioctrl.h"
 #include "config/SensorFile.h"
 #include "config/SensorKeyVal.h"
+#include "config/SensorXml.h"
 #include "controller/ISensorController.h"
-#include "platform/DeviceRoot.h"
 #include "platform/StringHandler.h"
 #include "platform/VXMutexManager.h"
 
@@ -62,17 +61,13 @@ int ISensorController::setParameters(const std::string& p_strParameters, bool p_
         SNS_WARN("parameters refused: the channel is not initialised\n");
         return SNS_FAILED;
     }
-    // One spare slot tells a text with more pairs than a set holds; such a text
-    // is refused as a whole, since applying a cut list would half-apply the
-    // host's change.
-    std::vector<KeyVal> vecParsed(m_nKeyValSum + 1);
+    // A text with more pairs than a set holds is refused as a whole: applying
+    // a cut list would half-apply the host's change.
     u32 nCount = 0;
-    keyval_str2st(p_strParameters, vecParsed.data(), &nCount, m_nKeyValSum + 1);
-    if (nCount > m_nKeyValSum) {
+    if (keyval_str2st(p_strParameters, m_pstKeyValTmp.get(), &nCount, m_nKeyValSum) != SNS_SUCCESS) {
         SNS_WARN("parameters refused: more than %u pairs in the text\n", m_nKeyValSum);
         return SNS_FAILED;
     }
-    std::copy(vecParsed.begin(), vecParsed.begin() + nCount, m_pstKeyValTmp.get());
     return setParameters(m_pstKeyValTmp.get(), nCount, p_bCache);
 }
 
@@ -105,9 +100,8 @@ bool ISensorController::getAllParameters(std::string& p_strOut) {
     int nVal = NO_SHUTTER_PRESET;
     char szStyleName[64];
     std::snprintf(szStyleName, sizeof(szStyleName), "/tmp/merge_style_ch%d.xml", m_nCameraID);
-    const std::string strFile = DeviceRoot::resolve(szStyleName);
-    const char* filename = strFile.c_str();
-    TiXmlDocument objStyleXmlDoc;
+    const char* filename = szStyleName;
+    TiXmlDocumentEx objStyleXmlDoc;
     SNS_ASSERT(objStyleXmlDoc.LoadFile(filename, TIXML_ENCODING_UTF8), "");
     getDnaValbyCmdId(objStyleXmlDoc.RootElement(), KEY_MAX_SHUTTER, nVal);
 

@@ -37,12 +37,14 @@ public:
     std::string ReadOneLine(FILE* handle);
     // All remaining lines of this file, stripped the same way.
     std::vector<std::string> ReadLines();
+    // Abandons a write-truncate open: the target keeps its old content. Used
+    // after a short write, so a full disk never replaces a good file.
+    void discard();
 
 private:
     bool openForRead(const std::string& hostPath);
     bool openForReplace(const std::string& hostPath);
     bool commit();
-    void discard();
 
     FILE* m_pFile = nullptr;
     bool m_bWriting = false;

@@ -106,6 +106,14 @@ TEST(VXFile, ReplacementIsAllOrNothing) {
     } // destruction commits
     EXPECT_EQ("NEWER", root.readFile(kCfg));
     EXPECT_EQ(1, visibleFiles(root.hostPath("/mnt/mtd/code/config_file")));
+
+    VXFile abandoned;
+    ASSERT_TRUE(abandoned.open(kCfg, VXFile::modeWrite | VXFile::modeTruncate));
+    abandoned.write("HALF", 4);
+    abandoned.discard();
+    EXPECT_FALSE(abandoned.close()) << "nothing is left to commit";
+    EXPECT_EQ("NEWER", root.readFile(kCfg)) << "a discarded write keeps the old content";
+    EXPECT_EQ(1, visibleFiles(root.hostPath("/mnt/mtd/code/config_file")));
 }
 
 TEST(VXFile, WriterKilledBeforeCloseLeavesTheOldContent) {
