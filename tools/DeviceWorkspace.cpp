@@ -2,11 +2,15 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 
 namespace fs = std::filesystem;
 
 namespace {
+
+// Left in every root sensorctl creates; only such a root is ever removed.
+constexpr const char* WORKSPACE_MARKER = ".sensorctl-root";
 
 std::string sampleDevicePath(const std::string& p_strDevice) {
     if (p_strDevice.find('/') != std::string::npos) {
@@ -27,20 +31,42 @@ DeviceWorkspace::DeviceWorkspace(const std::string& p_strDevice, const std::stri
     : m_strSource(sampleDevicePath(p_strDevice)),
       m_strRoot(p_strRoot.empty() ? defaultRoot(m_strSource) : p_strRoot) {}
 
-bool DeviceWorkspace::prepare(std::string& p_strError) {
+bool DeviceWorkspace::prepare(bool p_bFresh, std::string& p_strError) {
     std::error_code ec;
     if (!fs::is_directory(m_strSource, ec)) {
         p_strError = "no such device: " + m_strSource;
         return false;
     }
-    if (fs::exists(m_strRoot, ec)) {
+    if (!fs::exists(m_strRoot, ec)) {
+        return copySource(p_strError);
+    }
+    if (!p_bFresh) {
         return true;
     }
+    if (!fs::exists(fs::path(m_strRoot) / WORKSPACE_MARKER, ec)) {
+        p_strError = "refusing to replace " + m_strRoot + ": sensorctl did not make it";
+        return false;
+    }
+    fs::remove_all(m_strRoot, ec);
+    if (ec) {
+        p_strError = "cannot remove " + m_strRoot + ": " + ec.message();
+        return false;
+    }
+    return copySource(p_strError);
+}
+
+bool DeviceWorkspace::copySource(std::string& p_strError) {
+    std::error_code ec;
     fs::create_directories(m_strRoot, ec);
-    fs::copy(m_strSource, m_strRoot, fs::copy_options::recursive, ec);
+    if (!ec) {
+        fs::copy(m_strSource, m_strRoot, fs::copy_options::recursive, ec);
+    }
     if (ec) {
         p_strError = "cannot copy " + m_strSource + " to " + m_strRoot + ": " + ec.message();
         return false;
     }
+    std::ofstream(fs::path(m_strRoot) / WORKSPACE_MARKER)
+        << "made by sensorctl from " << m_strSource << "\n";
+    m_bNew = true;
     return true;
 }

@@ -11,12 +11,19 @@ public:
     DeviceWorkspace(const std::string& p_strDevice, const std::string& p_strRoot);
 
     // Copies the sample device into the root unless the root exists already.
-    // Returns false with a message in p_strError when the device is unknown.
-    bool prepare(std::string& p_strError);
+    // With p_bFresh an existing root is replaced, but only one that sensorctl
+    // made itself (it carries a marker file): any other directory is left
+    // alone and reported. False with a message when something is wrong.
+    bool prepare(bool p_bFresh, std::string& p_strError);
     const std::string& root() const { return m_strRoot; }
     const std::string& source() const { return m_strSource; }
+    // True when prepare copied the device in this run.
+    bool isNew() const { return m_bNew; }
 
 private:
+    bool copySource(std::string& p_strError);
+
     std::string m_strSource;
     std::string m_strRoot;
+    bool m_bNew = false;
 };

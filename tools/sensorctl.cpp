@@ -1,72 +1,134 @@
-// sensorctl: the host application, simulated. Brings up a channel of a sample
-// device on the ISP simulator and reports what the controller knows.
+// sensorctl: the camera's host application, simulated. Copies a sample device
+// into a working root, brings its channels up on the ISP simulator as a host
+// does, and takes commands for every operation of the module.
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <memory>
 #include <string>
+#include <unistd.h>
+#include <vector>
 
 #include "controller/ISensorController.h"
+#include "isp/IspSimulator.h"
 #include "platform/DeviceRoot.h"
-#include "platform/MachineInfo.h"
-#include "platform/SystemInfoParser.h"
+#include "tools/ChannelHost.h"
+#include "tools/CommandLoop.h"
+#include "tools/Console.h"
 #include "tools/DeviceWorkspace.h"
+#include "tools/Options.h"
+#include "tools/Session.h"
+#include "tools/SimulatorControl.h"
+#include "tools/ToolClock.h"
 
 namespace {
 
-struct Options {
-    std::string strDevice = "ipc";
-    std::string strRoot;
-    int nChannel = 1;
-};
+constexpr int EXIT_COMMANDS_FAILED = 1;
+constexpr int EXIT_BAD_USE = 2;
 
-void printUsage() {
-    std::printf("usage: sensorctl [--device ipc|dome|thermal|lpr|PATH] [--root DIR] "
-                "[--channel N]\n");
+void printWorkspace(const DeviceWorkspace& p_objWorkspace, const SimulatorControl& p_objSim) {
+    say("sensorctl: device %s, working root %s (%s)", p_objWorkspace.source().c_str(),
+        p_objWorkspace.root().c_str(),
+        p_objWorkspace.isNew() ? "new copy" : "kept from earlier runs");
+    say("ISP profile %s (%s); the module's start-up output follows", p_objSim.profileName().c_str(),
+        p_objSim.profileSource().c_str());
 }
 
-bool parseOptions(int argc, char** argv, Options& p_stOptions) {
-    for (int i = 1; i < argc; ++i) {
-        const std::string strArg = argv[i];
-        const bool bHasValue = i + 1 < argc;
-        if (strArg == "--device" && bHasValue) {
-            p_stOptions.strDevice = argv[++i];
-        } else if (strArg == "--root" && bHasValue) {
-            p_stOptions.strRoot = argv[++i];
-        } else if (strArg == "--channel" && bHasValue) {
-            p_stOptions.nChannel = std::atoi(argv[++i]);
-        } else {
-            std::fprintf(stderr, "sensorctl: unknown or incomplete option '%s'\n", strArg.c_str());
-            return false;
-        }
+// The channels as they came up. Reading each style here keeps the module's
+// pruning output together with the rest of its start-up output.
+void printChannels(Session& p_objSession) {
+    ChannelHost& objHost = p_objSession.host();
+    std::vector<std::string> vecLines;
+    for (size_t i = 0; i < objHost.count(); ++i) {
+        p_objSession.selectChannel(static_cast<int>(i + 1));
+        ISensorController& objController = p_objSession.controller();
+        p_objSession.style();
+        const size_t nParameters = p_objSession.schemeKeys().size();
+        char szLine[256];
+        std::snprintf(szLine, sizeof(szLine), "channel %zu: %s, %s%s, %zu parameters", i + 1,
+                      objController.getSensorStatus() == 1 ? "up" : "NOT up",
+                      p_objSession.schemeSummary().c_str(),
+                      objController.isThermalChannel() ? ", thermal" : "", nParameters);
+        vecLines.push_back(szLine);
     }
-    return true;
+    say("machine: type %d, %s, %s", objHost.machine().getDeviceType(),
+        objHost.machine().getHardwareModel().c_str(), objHost.machine().getHardwareCode().c_str());
+    for (const std::string& strLine : vecLines) {
+        say("%s", strLine.c_str());
+    }
+}
+
+int runSession(Session& p_objSession, const Options& p_stOptions) {
+    if (!p_objSession.selectChannel(p_stOptions.nChannel)) {
+        return EXIT_BAD_USE;
+    }
+    int nFailed = 0;
+    if (!p_stOptions.strScript.empty()) {
+        std::ifstream objScript(p_stOptions.strScript);
+        if (!objScript) {
+            complain("cannot read the script %s", p_stOptions.strScript.c_str());
+            return EXIT_BAD_USE;
+        }
+        nFailed += runCommandStream(p_objSession, objScript, false);
+    }
+    const bool bInteractive = p_stOptions.vecCommands.empty() && isatty(STDIN_FILENO) != 0;
+    if (bInteractive && !p_objSession.quitRequested()) {
+        say("type 'help' for the commands, 'quit' to leave");
+    }
+    if (!p_objSession.quitRequested()) {
+        nFailed += p_stOptions.vecCommands.empty()
+                       ? runCommandStream(p_objSession, std::cin, bInteractive)
+                       : runCommandList(p_objSession, p_stOptions.vecCommands);
+    }
+    if (nFailed > 0 && !bInteractive) {
+        say("%d command%s failed", nFailed, nFailed == 1 ? "" : "s");
+    }
+    return nFailed > 0 && !bInteractive ? EXIT_COMMANDS_FAILED : EXIT_SUCCESS;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     Options stOptions;
-    if (!parseOptions(argc, argv, stOptions)) {
+    std::string strError;
+    if (!parseOptions(argc, argv, stOptions, strError)) {
+        complain("%s", strError.c_str());
         printUsage();
-        return 2;
+        return EXIT_BAD_USE;
+    }
+    if (stOptions.bHelp) {
+        printUsage();
+        return EXIT_SUCCESS;
     }
     DeviceWorkspace objWorkspace(stOptions.strDevice, stOptions.strRoot);
-    std::string strError;
-    if (!objWorkspace.prepare(strError)) {
-        std::fprintf(stderr, "sensorctl: %s\n", strError.c_str());
-        return 1;
+    if (!objWorkspace.prepare(stOptions.bFresh, strError)) {
+        complain("%s", strError.c_str());
+        return EXIT_BAD_USE;
     }
+    setenv("SENSOR_DEVICE_ROOT", objWorkspace.root().c_str(), 1);
     DeviceRoot::set(objWorkspace.root());
 
-    MachineInfo objMachine;
-    SystemInfoParser::parseMachineInfo("/mnt/mtd/code/factory_setting/machineinfo.ini", objMachine);
-
-    ISensorController objController;
-    objController.setChannelID(stOptions.nChannel);
-    std::printf("device root : %s\n", objWorkspace.root().c_str());
-    std::printf("device type : %d (%s, %s)\n", objMachine.getDeviceType(),
-                objMachine.getHardwareModel().c_str(), objMachine.getHardwareCode().c_str());
-    std::printf("camera id   : %d\n", objController.getCameraID());
-    std::printf("thermal     : %s\n", objController.isThermalChannel() ? "yes" : "no");
-    std::printf("status      : %d\n", objController.getSensorStatus());
-    return 0;
+    SimulatorControl objSimulator(IspSimulator::instance());
+    if (!objSimulator.loadProfile(objWorkspace.root(), strError)) {
+        complain("%s", strError.c_str());
+        return EXIT_BAD_USE;
+    }
+    printWorkspace(objWorkspace, objSimulator);
+    auto pClock = std::make_shared<ToolClock>();
+    installClock(pClock);
+    int nExit = EXIT_SUCCESS;
+    {
+        ChannelHost objHost;
+        if (!objHost.bringUp(*pClock, strError)) {
+            complain("%s", strError.c_str());
+            nExit = EXIT_BAD_USE;
+        } else {
+            Session objSession(objHost, *pClock, objSimulator, objWorkspace);
+            printChannels(objSession);
+            nExit = runSession(objSession, stOptions);
+        }
+    }
+    installClock(nullptr);
+    return nExit;
 }
