@@ -1,0 +1,200 @@
+// The bytes the module leaves on flash do not depend on the processor: the
+// same set written on a 32-bit ARM camera and on an x86-64 PC gives the same
+// files. A fixed set and stamp are checked against files kept in the source
+// tree; the files a real start-up of every sample device writes are also
+// copied to $SENSOR_FLASH_DUMP_DIR when it is set, so that a script can
+// compare the copies of two builds byte for byte (scripts/arm-test).
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "common/SensorKeys.h"
+#include "common/SensorTypes.h"
+#include "config/SensorFile.h"
+#include "controller/ISensorController.h"
+#include "isp/IspSimulator.h"
+#include "platform/MachineInfo.h"
+#include "platform/ModuleConfigureParser.h"
+#include "platform/SystemInfoParser.h"
+#include "platform/VXClock.h"
+#include "platform/VideoStreamModule.h"
+#include "support/TestSupport.h"
+
+namespace sensortest {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* FIXED_SET_FILE = "/mnt/mtd/code/config_file/sensor1_0.cfg";
+constexpr const char* CONFIG_DIR = "/mnt/mtd/code/config_file";
+constexpr const char* MERGED_STYLE_FILE = "/tmp/merge_style_ch1.xml";
+
+// Values chosen to catch every way a word can be laid out wrongly: each
+// byte position distinct, the sign bit of each byte, negative values stored
+// as 32-bit words, and the extremes.
+constexpr std::array<KeyVal, 16> FIXED_SET{{
+    {KEY_SCHEME_MODE, 0},
+    {KEY_SCHEME_MODE + 1, 1},
+    {KEY_SCHEME_MODE + 2, 2},
+    {KEY_SCHEME_MODE + 3, 24},
+    {KEY_SCHEME_MODE + 4, 0},
+    {34, 50},
+    {49, 100},
+    {2337, 128},
+    {0x01020304u, 0x05060708u},
+    {0x7F80FF00u, 0x807F00FFu},
+    {0xA0B0C0D0u, 0x0E0F1011u},
+    {0xFFFFFFFFu, 0x00000000u},
+    {0x00000000u, 0xFFFFFFFFu},
+    {0x80000000u, 0x7FFFFFFFu},
+    {163, static_cast<u32>(-1)},
+    {51, static_cast<u32>(-100)},
+}};
+constexpr u32 FIXED_VERSION = 0x8402C301u;
+
+std::string readHostFile(const fs::path& p_path) {
+    std::ifstream in(p_path, std::ios::binary);
+    if (!in) {
+        ADD_FAILURE() << "cannot read " << p_path;
+        return {};
+    }
+    std::ostringstream content;
+    content << in.rdbuf();
+    return content.str();
+}
+
+std::string goldenFile(const std::string& p_strName) {
+    return readHostFile(fs::path(sourceDir()) / "tests" / "hardening" / "golden" / p_strName);
+}
+
+u32 wordAt(const std::string& p_strBytes, size_t p_nOffset) {
+    u32 nWord = 0;
+    for (size_t i = 0; i < 4; ++i) {
+        nWord |= static_cast<u32>(static_cast<unsigned char>(p_strBytes[p_nOffset + i])) << (8 * i);
+    }
+    return nWord;
+}
+
+// Copies a device file into the dump directory, when one is asked for.
+void dumpFile(const TempDeviceRoot& p_objRoot, const std::string& p_strDevicePath,
+              const std::string& p_strGroup) {
+    const char* szDump = std::getenv("SENSOR_FLASH_DUMP_DIR");
+    if (szDump == nullptr || *szDump == '\0') {
+        return;
+    }
+    const fs::path target = fs::path(szDump) / p_strGroup;
+    fs::create_directories(target);
+    fs::copy_file(p_objRoot.hostPath(p_strDevicePath),
+                  target / fs::path(p_strDevicePath).filename(),
+                  fs::copy_options::overwrite_existing);
+}
+
+TEST(FlashBytesTest, FixedSetAndStampAreTheKeptBytesAndReadBack) {
+    TempDeviceRoot objRoot;
+    ASSERT_EQ(SNS_SUCCESS, keyValToFile(FIXED_SET_FILE, FIXED_SET.data(), FIXED_SET.size()));
+    ASSERT_EQ(0, setVersion(FIXED_VERSION));
+
+    EXPECT_EQ(goldenFile("sensor_fixed.cfg"), objRoot.readFile(FIXED_SET_FILE));
+    EXPECT_EQ(goldenFile("snsversion.cfg"), objRoot.readFile(SENSOR_VERSION_FILE));
+
+    std::array<KeyVal, FIXED_SET.size()> arrBack{};
+    ASSERT_EQ(SNS_SUCCESS, keyValFromFile(FIXED_SET_FILE, arrBack.data(), arrBack.size()));
+    for (size_t i = 0; i < FIXED_SET.size(); ++i) {
+        EXPECT_EQ(FIXED_SET[i].key, arrBack[i].key) << "record " << i;
+        EXPECT_EQ(FIXED_SET[i].value, arrBack[i].value) << "record " << i;
+    }
+    u32 nVersion = 0;
+    ASSERT_EQ(0, getVersion(&nVersion));
+    EXPECT_EQ(FIXED_VERSION, nVersion);
+
+    dumpFile(objRoot, FIXED_SET_FILE, "fixed");
+    dumpFile(objRoot, SENSOR_VERSION_FILE, "fixed");
+}
+
+// A video module that accepts every change; the start-up only needs one.
+class SilentVideo : public VideoStreamModule {
+public:
+    int notifyParamChange(int, int, int) const override { return 0; }
+    bool isBusy() const override { return false; }
+    int getAVStreamParams(std::vector<AVStreamParam>& out) const override {
+        out.clear();
+        return 0;
+    }
+    int getLimitedFramesWDRModeParam(int, LimitedFramesWDRModeParam& out) const override {
+        out = LimitedFramesWDRModeParam();
+        return 0;
+    }
+};
+
+// Brings channel 1 of a sample device up and down on the root, with the
+// virtual clock so that the start-up pass does not wait.
+void startUpSampleDevice(const TempDeviceRoot& p_objRoot, const std::string& p_strDevice) {
+    const fs::path src = fs::path(sourceDir()) / "devices" / p_strDevice;
+    fs::copy(src, p_objRoot.path(),
+             fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+    IspSimulator& objIsp = IspSimulator::instance();
+    objIsp.loadDefaultProfile();
+    objIsp.reset();
+    std::string strError;
+    ASSERT_TRUE(objIsp.loadProfile((src / "isp_profile.xml").string(), &strError)) << strError;
+
+    MachineInfo objMachine;
+    SystemInfoParser::parseMachineInfo("/mnt/mtd/code/factory_setting/machineinfo.ini", objMachine);
+    std::vector<ModuleConfigure> vecModules;
+    ModuleConfigureParser::parse(ModuleConfigureParser::kDevicePath, objMachine.getHardwareModel(),
+                                 objMachine.getHardwareCode(), vecModules);
+    ASSERT_FALSE(vecModules.empty()) << p_strDevice;
+
+    installClock(std::make_shared<VirtualClock>());
+    SilentVideo objVideo;
+    {
+        ISensorController objController;
+        objController.setChannelID(1);
+        objController.setVideoStreamModule(&objVideo);
+        objController.init(vecModules.front());
+        EXPECT_EQ(1, objController.getSensorStatus()) << p_strDevice;
+        objController.uinit();
+    }
+    installClock(nullptr);
+}
+
+// Every parameter file of a start-up holds whole key/value records in
+// little-endian order, the scheme keys first; the stamp is one word.
+TEST(FlashBytesTest, SampleDeviceStartUpWritesLittleEndianRecords) {
+    for (const char* szDevice : {"ipc", "dome", "lpr", "thermal"}) {
+        SCOPED_TRACE(szDevice);
+        TempDeviceRoot objRoot;
+        startUpSampleDevice(objRoot, szDevice);
+
+        std::vector<std::string> vecFiles;
+        for (const auto& entry : fs::directory_iterator(objRoot.hostPath(CONFIG_DIR))) {
+            vecFiles.push_back(std::string(CONFIG_DIR) + "/" + entry.path().filename().string());
+        }
+        ASSERT_FALSE(vecFiles.empty());
+        for (const std::string& strFile : vecFiles) {
+            SCOPED_TRACE(strFile);
+            const std::string strBytes = objRoot.readFile(strFile);
+            if (strFile == SENSOR_VERSION_FILE) {
+                EXPECT_EQ(4u, strBytes.size());
+            } else {
+                ASSERT_EQ(0u, strBytes.size() % KEYVAL_FILE_RECORD);
+                ASSERT_GE(strBytes.size(), KEYVAL_FILE_RECORD * SCHEME_KEY_COUNT);
+                for (u32 i = 0; i < SCHEME_KEY_COUNT; ++i) {
+                    EXPECT_EQ(KEY_SCHEME_MODE + i, wordAt(strBytes, i * KEYVAL_FILE_RECORD));
+                }
+            }
+            dumpFile(objRoot, strFile, szDevice);
+        }
+        dumpFile(objRoot, MERGED_STYLE_FILE, szDevice);
+    }
+}
+
+} // namespace
+} // namespace sensortest
