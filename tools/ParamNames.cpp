@@ -52,6 +52,15 @@ bool keyFromText(const std::string& p_strText, u32& p_nKey) {
     return false;
 }
 
+std::string ispCommandLabel(u32 p_nCmd) {
+    for (const KeyCmdRow& stRow : keyCmdRows()) {
+        if (stRow.func != nullptr && stRow.ia_cmd == p_nCmd) {
+            return std::to_string(p_nCmd) + " (" + stRow.key_name + ")";
+        }
+    }
+    return std::to_string(p_nCmd);
+}
+
 u32 ispCommandOf(u32 p_nKey) {
     const KeyCmdRow* pRow = keyCmdRowOf(p_nKey);
     // Rows without a handler carry no command; such keys are never sent as themselves.

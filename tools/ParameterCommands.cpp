@@ -28,19 +28,28 @@ std::string joinValues(const std::vector<int>& p_vecValues) {
     return strText;
 }
 
-// A value outside the items of a list control is refused before it is sent.
+// A value outside the items of a list control, or outside a slider's bounds,
+// is refused before it is sent.
 bool isAllowed(Session& p_objSession, u32 p_nKey, int p_nValue) {
     const StyleControl* pControl = p_objSession.style().find(p_nKey);
-    if (pControl == nullptr || pControl->vecItems.empty()) {
+    if (pControl == nullptr) {
         return true;
     }
     const auto& vecItems = pControl->vecItems;
-    if (std::find(vecItems.begin(), vecItems.end(), p_nValue) != vecItems.end()) {
-        return true;
+    if (!vecItems.empty() &&
+        std::find(vecItems.begin(), vecItems.end(), p_nValue) == vecItems.end()) {
+        complain("%s allows only %s; %d is not one of them", keyLabel(p_nKey).c_str(),
+                 joinValues(vecItems).c_str(), p_nValue);
+        return false;
     }
-    complain("%s allows only %s; %d is not one of them", keyLabel(p_nKey).c_str(),
-             joinValues(vecItems).c_str(), p_nValue);
-    return false;
+    if ((pControl->nMin && p_nValue < *pControl->nMin) ||
+        (pControl->nMax && p_nValue > *pControl->nMax)) {
+        complain("%s takes %s to %s; %d is outside", keyLabel(p_nKey).c_str(),
+                 pControl->nMin ? std::to_string(*pControl->nMin).c_str() : "any",
+                 pControl->nMax ? std::to_string(*pControl->nMax).c_str() : "any", p_nValue);
+        return false;
+    }
+    return true;
 }
 
 bool cacheArg(const CommandLine& p_objLine, size_t p_nIndex, bool& p_bCache) {

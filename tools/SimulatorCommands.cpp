@@ -100,7 +100,7 @@ void printLogEntry(const IspSimulator::LogEntry& p_stEntry) {
         p_stEntry.bytes.empty() ? std::to_string(p_stEntry.value)
                                 : "record of " + std::to_string(p_stEntry.bytes.size()) + " bytes";
     say("  ch%d %-7s %-36s %s%s", p_stEntry.channel, optionName(p_stEntry.option),
-        keyLabel(p_stEntry.cmd).c_str(), strData.c_str(),
+        ispCommandLabel(p_stEntry.cmd).c_str(), strData.c_str(),
         p_stEntry.result != 0 ? (" -> failed " + std::to_string(p_stEntry.result)).c_str() : "");
 }
 
@@ -124,7 +124,8 @@ bool cmdSimulator(Session& p_objSession, const CommandLine&) {
     }
     for (const SimulatorControl::Failure& stFailure : objSim.failures()) {
         say("  failing: ISP channel %d, %s, option %s -> %d", stFailure.nIspChannel,
-            keyLabel(stFailure.nCmd).c_str(), optionName(stFailure.nOption), stFailure.nCode);
+            ispCommandLabel(stFailure.nCmd).c_str(), optionName(stFailure.nOption),
+            stFailure.nCode);
     }
     return true;
 }
@@ -200,7 +201,7 @@ bool cmdFail(Session& p_objSession, const CommandLine& p_objLine) {
     }
     objSim.addFailure({p_objSession.ispChannel(), nCmd, nOption, nCode});
     say("  ISP channel %d: %s now fails %s calls with %d", p_objSession.ispChannel(),
-        keyLabel(nCmd).c_str(), optionName(nOption), nCode);
+        ispCommandLabel(nCmd).c_str(), optionName(nOption), nCode);
     return true;
 }
 
@@ -226,7 +227,7 @@ bool cmdIsp(Session& p_objSession, const CommandLine& p_objLine) {
         complain("command %u moves a record, not one value", nCmd);
         return false;
     }
-    say("  sensor (ISP channel %d): %s = %d", nChannel, keyLabel(nCmd).c_str(), *nValue);
+    say("  sensor (ISP channel %d): %s = %d", nChannel, ispCommandLabel(nCmd).c_str(), *nValue);
     return true;
 }
 

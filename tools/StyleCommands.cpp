@@ -13,6 +13,10 @@ namespace {
 std::string controlDetail(const StyleControl& p_stControl) {
     std::string strDetail =
         p_stControl.bHasValue ? "default " + std::to_string(p_stControl.nValue) : "no default";
+    if (p_stControl.nMin || p_stControl.nMax) {
+        strDetail += ", " + (p_stControl.nMin ? std::to_string(*p_stControl.nMin) : "") + ".." +
+                     (p_stControl.nMax ? std::to_string(*p_stControl.nMax) : "");
+    }
     if (!p_stControl.vecItems.empty()) {
         strDetail += ", items";
         for (const int nItem : p_stControl.vecItems) {

@@ -15,6 +15,13 @@ StyleControl readControl(const TiXmlElement& p_objElement, int p_nId) {
     StyleControl stControl;
     stControl.nId = static_cast<u32>(p_nId);
     stControl.bHasValue = intAttribute(p_objElement, "value", stControl.nValue);
+    int nBound = 0;
+    if (intAttribute(p_objElement, "min", nBound)) {
+        stControl.nMin = nBound;
+    }
+    if (intAttribute(p_objElement, "max", nBound)) {
+        stControl.nMax = nBound;
+    }
     for (const TiXmlElement* pItem = p_objElement.FirstChildElement(); pItem != nullptr;
          pItem = pItem->NextSiblingElement()) {
         int nIndex = 0;

@@ -2,6 +2,7 @@
 // as a tree and for checking values against the items a control offers.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,8 @@ struct StyleControl {
     bool bHasValue = false;
     int nValue = 0;            // the style's default
     std::vector<int> vecItems; // allowed values when the control is a list
+    std::optional<int> nMin;   // the bounds a slider control gives
+    std::optional<int> nMax;
 };
 
 struct StyleTab {
