@@ -40,11 +40,13 @@ int ISensorController::doIaCmdShutter(u32 p_nKey, u32 p_nDir, void* p_pVal) {
 }
 
 int ISensorController::doIoCrtl(u32 p_nKey, u32 /*p_nDir*/, void* /*p_pVal*/) {
-    // Channel 1's sensor thread carries the request out; the channel goes into
-    // the mailbox first, so the thread never sees the key without it.
+    // Channel 1's sensor thread carries the request out. The thread looks at
+    // the channel first and then at the key, and empties both: so the key goes
+    // in first and the channel last, or a thread passing between the two would
+    // empty the mailbox before the key arrived and the request would be lost.
     if (p_nKey == KEY_MIXSTREAM_THERMAL_TO_VISION_SYNC_FOV) {
-        m_nChanneldDosomething = 1;
         m_nPassKeycmd = static_cast<int>(KEY_MIXSTREAM_THERMAL_TO_VISION_SYNC_FOV);
+        m_nChanneldDosomething = 1;
     }
     return SNS_SUCCESS;
 }
