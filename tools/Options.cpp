@@ -60,5 +60,6 @@ void printUsage() {
                 "commands: from -c (each in turn), from a script on standard input, or at the\n"
                 "prompt. The device is copied into a working root (default ~/.sensorctl/NAME)\n"
                 "that is kept between runs, so what is flushed stays; --fresh starts it anew.\n"
-                "Type 'help' for the commands.\n");
+                "Type 'help' for the commands. Exit status: 0, 1 when a command of a script or of\n"
+                "-c failed, 2 when the command line or the device is wrong.\n");
 }
