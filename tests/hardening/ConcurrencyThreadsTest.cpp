@@ -116,6 +116,16 @@ TEST(HostThreadsTest, HostCallsAgainstTheRunningSensorThreadLeaveAConsistentChan
     EXPECT_EQ(objChannel.setParameter(34, 77, true), 0);
     EXPECT_TRUE(objChannel.getParameter(34, nValue));
     EXPECT_EQ(nValue, 77);
+    // And its thread still follows the light: night selects scheme 1, day scheme 0.
+    const auto currentScheme = [&] {
+        int nNow = -1;
+        objChannel.getParamScheme(nNow);
+        return nNow;
+    };
+    objDevice.isp().setLightLevel(0, 0);
+    EXPECT_TRUE(eventually([&] { return currentScheme() == 1; }));
+    objDevice.isp().setLightLevel(0, 1000);
+    EXPECT_TRUE(eventually([&] { return currentScheme() == 0; }));
 }
 
 TEST(MailboxTest, EveryRequestPostedOnTheThermalChannelIsCarriedOutByChannelOne) {
