@@ -12,15 +12,13 @@
 #include "tools/Session.h"
 #include "tools/ToolClock.h"
 #include "tools/ValueParsing.h"
+#include "tools/WindowCheck.h"
 
 namespace {
 
 constexpr int DEFAULT_WAIT_SEC = 5;
 constexpr int MAX_WAIT_SEC = 60;
 constexpr auto POLL_INTERVAL = std::chrono::milliseconds(50);
-constexpr int ERR_START_TIME = 505;
-constexpr int ERR_END_TIME = 506;
-constexpr int ERR_TIME_ORDER = 507;
 
 int currentScheme(ISensorController& p_objController) {
     int nScheme = -1;
@@ -40,19 +38,9 @@ bool schemeArg(Session& p_objSession, const CommandLine& p_objLine, int& p_nSche
     return true;
 }
 
-const char* windowVerdict(int p_nCheck) {
-    switch (p_nCheck) {
-    case SNS_SUCCESS:
-        return "valid";
-    case ERR_START_TIME:
-        return "start after 24:00 (505): flush refuses to store it";
-    case ERR_END_TIME:
-        return "end after 24:00 (506): flush refuses to store it";
-    case ERR_TIME_ORDER:
-        return "start not before end (507): flush refuses to store it";
-    default:
-        return "unknown check result";
-    }
+std::string windowVerdict(int p_nCheck) {
+    const char* szProblem = windowProblem(p_nCheck);
+    return szProblem != nullptr ? std::string(szProblem) + ": flush refuses to store it" : "valid";
 }
 
 } // namespace
@@ -108,7 +96,7 @@ bool cmdWindow(Session& p_objSession, const CommandLine&) {
         objController.getParamSchemeTime(KEY_SCHEME_START_HOUR),
         objController.getParamSchemeTime(KEY_SCHEME_START_MIN),
         objController.getParamSchemeTime(KEY_SCHEME_END_HOUR),
-        objController.getParamSchemeTime(KEY_SCHEME_END_MIN), windowVerdict(nCheck));
+        objController.getParamSchemeTime(KEY_SCHEME_END_MIN), windowVerdict(nCheck).c_str());
     return true;
 }
 

@@ -11,12 +11,9 @@
 #include "tools/ParamSnapshot.h"
 #include "tools/Session.h"
 #include "tools/ToolClock.h"
+#include "tools/WindowCheck.h"
 
 namespace {
-
-constexpr int ERR_START_TIME = 505;
-constexpr int ERR_END_TIME = 506;
-constexpr int ERR_TIME_ORDER = 507;
 
 int currentScheme(ISensorController& p_objController) {
     int nScheme = -1;
@@ -28,17 +25,10 @@ bool isFactorySet(ISensorController& p_objController, int p_nScheme) {
     return p_nScheme < 0 || static_cast<u32>(p_nScheme) >= p_objController.getSchemeSum();
 }
 
+// Why flush wrote nothing: the window check, or the file itself.
 const char* flushRefusal(int p_nResult) {
-    switch (p_nResult) {
-    case ERR_START_TIME:
-        return "the scheme's window starts after 24:00 (505)";
-    case ERR_END_TIME:
-        return "the scheme's window ends after 24:00 (506)";
-    case ERR_TIME_ORDER:
-        return "the scheme's window does not start before it ends (507)";
-    default:
-        return "the file could not be written";
-    }
+    const char* szProblem = windowProblem(p_nResult);
+    return szProblem != nullptr ? szProblem : "the file could not be written";
 }
 
 // Differences between two readings of one file, by position (the sets keep

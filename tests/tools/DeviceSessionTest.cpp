@@ -100,11 +100,11 @@ TEST_F(DeviceSessionTest, TimeOfDayDecidesTheSchemeWindow) {
     EXPECT_EQ("  at 19:00 no scheme's window holds the time: scheme 0 by default\n",
               stResult.replyTo("judge", 1));
     EXPECT_EQ("  scheme 0: window 06:00 to 18:00, valid\n", stResult.replyTo("window"));
-    EXPECT_EQ("  scheme 0: window 20:00 to 18:00, start not before end (507): flush refuses to "
-              "store it\n",
+    EXPECT_EQ("  scheme 0: window 20:00 to 18:00, the window does not start before it ends (507): "
+              "flush refuses to store it\n",
               stResult.replyTo("window", 1));
-    EXPECT_EQ("error: flush refused: the scheme's window does not start before it ends (507); "
-              "nothing was written\n",
+    EXPECT_EQ("error: flush refused: the window does not start before it ends (507); nothing was "
+              "written\n",
               stResult.replyTo("flush"));
     EXPECT_NE(std::string::npos, stResult.replyTo("time real").find("(the machine's clock)"));
 }
