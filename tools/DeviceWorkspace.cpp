@@ -1,5 +1,6 @@
 #include "tools/DeviceWorkspace.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -11,12 +12,19 @@ namespace {
 
 // Left in every root sensorctl creates; only such a root is ever removed.
 constexpr const char* WORKSPACE_MARKER = ".sensorctl-root";
+// The marker's one line names the device the root was copied from.
+const std::string MARKER_PREFIX = "made by sensorctl from ";
 
 std::string sampleDevicePath(const std::string& p_strDevice) {
     if (p_strDevice.find('/') != std::string::npos) {
         return p_strDevice;
     }
     return std::string(SENSOR_DEVICES_DIR) + "/" + p_strDevice;
+}
+
+bool sameDirectory(const std::string& p_strA, const std::string& p_strB) {
+    std::error_code ec;
+    return fs::weakly_canonical(p_strA, ec) == fs::weakly_canonical(p_strB, ec);
 }
 
 std::string defaultRoot(const std::string& p_strSource) {
@@ -41,7 +49,7 @@ bool DeviceWorkspace::prepare(bool p_bFresh, std::string& p_strError) {
         return copySource(p_strError);
     }
     if (!p_bFresh) {
-        return true;
+        return checkSource(p_strError);
     }
     if (!fs::exists(fs::path(m_strRoot) / WORKSPACE_MARKER, ec)) {
         p_strError = "refusing to replace " + m_strRoot + ": sensorctl did not make it";
@@ -53,6 +61,21 @@ bool DeviceWorkspace::prepare(bool p_bFresh, std::string& p_strError) {
         return false;
     }
     return copySource(p_strError);
+}
+
+bool DeviceWorkspace::checkSource(std::string& p_strError) const {
+    std::ifstream objMarker(fs::path(m_strRoot) / WORKSPACE_MARKER);
+    std::string strLine;
+    if (!objMarker || !std::getline(objMarker, strLine)) {
+        return true; // a root of the user's own: used as it is
+    }
+    const std::string strMade = strLine.substr(std::min(strLine.size(), MARKER_PREFIX.size()));
+    if (strLine.rfind(MARKER_PREFIX, 0) == 0 && !sameDirectory(strMade, m_strSource)) {
+        p_strError = m_strRoot + " holds a copy of " + strMade + ", not of " + m_strSource +
+                     "; choose another --root, or --fresh to replace it";
+        return false;
+    }
+    return true;
 }
 
 bool DeviceWorkspace::copySource(std::string& p_strError) {

@@ -11,9 +11,10 @@ public:
     DeviceWorkspace(const std::string& p_strDevice, const std::string& p_strRoot);
 
     // Copies the sample device into the root unless the root exists already.
-    // With p_bFresh an existing root is replaced, but only one that sensorctl
-    // made itself (it carries a marker file): any other directory is left
-    // alone and reported. False with a message when something is wrong.
+    // An existing root that sensorctl made (it carries a marker file) must be
+    // a copy of the same device. With p_bFresh such a root is replaced; any
+    // other directory is left alone and reported. False with a message when
+    // something is wrong.
     bool prepare(bool p_bFresh, std::string& p_strError);
     const std::string& root() const { return m_strRoot; }
     const std::string& source() const { return m_strSource; }
@@ -21,6 +22,7 @@ public:
     bool isNew() const { return m_bNew; }
 
 private:
+    bool checkSource(std::string& p_strError) const;
     bool copySource(std::string& p_strError);
 
     std::string m_strSource;

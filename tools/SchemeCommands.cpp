@@ -136,6 +136,11 @@ bool cmdWaitScheme(Session& p_objSession, const CommandLine& p_objLine) {
         }
         std::this_thread::sleep_for(POLL_INTERVAL);
     }
+    // The scheme becomes current as its switch begins; setting the mode to
+    // what it is waits until the switch has applied its whole set.
+    int nMode = 1;
+    objController.getParamMode(nMode);
+    objController.setParamMode(nMode);
     const auto nWaited = std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::steady_clock::now() - tStart);
     say("  %s is current (after %.1f s)", p_objSession.schemeLabel(nScheme).c_str(),

@@ -39,6 +39,10 @@ std::string listText(const std::vector<int>& p_vecList) {
 bool showPosition(Session& p_objSession, const char* p_szPrefix) {
     ISensorController& objController = p_objSession.controller();
     const std::vector<int> vecList = shutterList(objController);
+    if (vecList.empty()) {
+        complain("the ISP offers no list of maximum-shutter values on this channel");
+        return false;
+    }
     int nIndex = -1;
     if (!objController.getShutterValue(nIndex) || nIndex < 0 ||
         static_cast<size_t>(nIndex) >= vecList.size()) {

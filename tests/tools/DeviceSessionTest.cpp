@@ -42,7 +42,7 @@ TEST_F(DeviceSessionTest, DomeLensZoomsWithRatiosAndHonoursTheLock) {
 
 TEST_F(DeviceSessionTest, ThermalDeviceHasTwoChannelsAndAlignsTheVisualZoom) {
     const SessionResult stResult = run("status\nsyncfov\nzoom\nchannel 2\nchannel\nflash\n"
-                                       "channel 3\n",
+                                       "shutter\nchannel 3\n",
                                        "thermal");
     EXPECT_EQ(1, stResult.nExit) << stResult.strOutput;
     EXPECT_TRUE(stResult.has("channel 1: up, scheme 0"));
@@ -51,12 +51,18 @@ TEST_F(DeviceSessionTest, ThermalDeviceHasTwoChannelsAndAlignsTheVisualZoom) {
     EXPECT_NE(std::string::npos, strStatus.find("channel 1*  : camera id 1"));
     EXPECT_NE(std::string::npos, strStatus.find("channel 2   : camera id 2"));
     EXPECT_NE(std::string::npos, stResult.replyTo("syncfov").find("zoom= 12000,focus= 3400 \n"));
-    EXPECT_EQ("  zoom position 12000, ratio 1.000x\n", stResult.replyTo("zoom"));
+    // Channel 1's thread also aligns the zoom once channel 2 asked for it at
+    // start-up, and prints its own lines whenever that pass comes.
+    EXPECT_NE(std::string::npos,
+              stResult.replyTo("zoom").find("  zoom position 12000, ratio 1.000x\n"));
     EXPECT_NE(std::string::npos,
               stResult.replyTo("channel").find("channel 2 of 2: camera id 2, thermal"));
     EXPECT_NE(std::string::npos,
               stResult.replyTo("flash").find("/mnt/mtd/code/config_file/sensor-thermal0.cfg"));
     EXPECT_TRUE(stResult.has("error: no channel 3: this device has channels 1 and 2"));
+    EXPECT_NE(std::string::npos,
+              stResult.replyTo("shutter").find(
+                  "error: the ISP offers no list of maximum-shutter values on this channel\n"));
 }
 
 TEST_F(DeviceSessionTest, LprNightSchemeHoldsTheLprValues) {
@@ -67,6 +73,36 @@ TEST_F(DeviceSessionTest, LprNightSchemeHoldsTheLprValues) {
     EXPECT_NE(std::string::npos, strFlash.find("  144 KEY_DN_MODE = 0\n"));
     EXPECT_NE(std::string::npos, strFlash.find("  49 KEY_MAX_SHUTTER = 18\n"));
     EXPECT_NE(std::string::npos, strFlash.find("  51 KEY_MIN_SHUTTER = 20\n"));
+}
+
+TEST_F(DeviceSessionTest, ShutterAndLightsAsAUserSeesThem) {
+    const SessionResult stResult = run("shutter\nshutterup\nshutterdown\nshutter 0\nshutter 10\n"
+                                       "get max-shutter\nwhite 0\nir 1\nwhite 1\nir\n");
+    EXPECT_EQ(1, stResult.nExit);
+    const std::string strList = " of [0:1 1:2 2:3 3:4 4:5 5:6 6:7 7:8 8:9 9:10])\n";
+    EXPECT_NE(std::string::npos,
+              stResult.replyTo("shutter").find("maximum shutter 6 (index 5" + strList));
+    EXPECT_NE(std::string::npos,
+              stResult.replyTo("shutterup").find("now maximum shutter 7 (index 6" + strList));
+    EXPECT_NE(std::string::npos,
+              stResult.replyTo("shutterdown").find("now maximum shutter 6 (index 5" + strList));
+    EXPECT_NE(std::string::npos,
+              stResult.replyTo("shutter 0").find("now maximum shutter 1 (index 0" + strList));
+    EXPECT_NE(std::string::npos,
+              stResult.replyTo("shutter 10").find("error: index 10 is outside the ISP's list"));
+    EXPECT_EQ("  49 KEY_MAX_SHUTTER = 1\n", stResult.replyTo("get max-shutter"));
+    // White light on switches infrared off first.
+    EXPECT_NE(std::string::npos, stResult.replyTo("ir 1").find("ir (160 KEY_IR_SWITCH): "));
+    EXPECT_NE(std::string::npos,
+              stResult.replyTo("white 1").find("white (170 KEY_WHITE_SWITCH): 0 -> 1"));
+    EXPECT_EQ(0u, stResult.replyTo("ir").find("  ir (160 KEY_IR_SWITCH) = 0\n"));
+
+    // The root holds the ipc camera: another device needs --fresh or another root.
+    const SessionResult stOther = run("status\n", "thermal");
+    EXPECT_EQ(2, stOther.nExit);
+    EXPECT_TRUE(stOther.has("holds a copy of " + std::string(SENSOR_SOURCE_DIR_FOR_TOOLS) +
+                            "/devices/ipc, not of"))
+        << stOther.strOutput;
 }
 
 TEST_F(DeviceSessionTest, SchemesFollowNightAndDayOnceThePolicySaysSo) {
@@ -81,10 +117,10 @@ TEST_F(DeviceSessionTest, SchemesFollowNightAndDayOnceThePolicySaysSo) {
     EXPECT_NE(std::string::npos, stResult.replyTo("night").find(
                                      "the sensor thread moves to scheme 1 within a second"));
     EXPECT_NE(std::string::npos, stResult.replyTo("waitscheme 1").find("scheme 1 is current"));
-    EXPECT_EQ("  34 KEY_BRIGHTNESS = 50\n", stResult.replyTo("get brightness"))
+    EXPECT_EQ(0u, stResult.replyTo("get brightness").find("  34 KEY_BRIGHTNESS = 50\n"))
         << "scheme 1 keeps the factory brightness";
     EXPECT_NE(std::string::npos, stResult.replyTo("waitscheme 0").find("scheme 0 is current"));
-    EXPECT_EQ("  34 KEY_BRIGHTNESS = 61\n", stResult.replyTo("get 34"));
+    EXPECT_EQ(0u, stResult.replyTo("get 34").find("  34 KEY_BRIGHTNESS = 61\n"));
     EXPECT_NE(std::string::npos, stResult.replyTo("scheme").find("scheme 0, mode manual"))
         << "in manual mode the night does not switch";
 }
@@ -155,7 +191,7 @@ TEST_F(DeviceSessionTest, TheTourRunsToItsEndWithoutATerminal) {
         EXPECT_EQ("  34 KEY_BRIGHTNESS = 60\n", stResult.replyTo("get brightness"));
         EXPECT_NE(std::string::npos, stResult.replyTo("range max-shutter").find("allowed"));
         EXPECT_NE(std::string::npos, stResult.replyTo("waitscheme 1").find("scheme 1 is current"));
-        EXPECT_EQ("  34 KEY_BRIGHTNESS = 50\n", stResult.replyTo("get brightness", 1));
+        EXPECT_EQ(0u, stResult.replyTo("get brightness", 1).find("  34 KEY_BRIGHTNESS = 50\n"));
         const std::string strFlash = stResult.replyTo("flash 0 scheme-mode brightness max-shutter");
         EXPECT_NE(std::string::npos, strFlash.find("  8000 KEY_SCHEME_MODE = 2\n")) << nRun;
         EXPECT_NE(std::string::npos, strFlash.find("  34 KEY_BRIGHTNESS = 60\n")) << nRun;
