@@ -25,6 +25,9 @@ constexpr u32 LIGHT_TYPE_INTELLIGENT = 2;
 constexpr std::uint64_t IR_POWER_BUDGET = 100;
 // "Partner value unknown" in the infrared budget check.
 constexpr int IR_PARTNER_UNKNOWN = -1;
+// Room for the largest record an ISP read may return; the records that cross
+// into the ISP library are at most a few hundred bytes.
+constexpr std::size_t ISP_READ_SCRATCH_WORDS = 1024 / sizeof(int32_t);
 
 // A key the ISP knows and the twin the intelligent light mode keeps beside it.
 struct TwinPair {
@@ -416,8 +419,19 @@ bool ISensorController::getParameter(int p_nKey, int& p_nVal) {
         p_nVal = -1;
         return true;
     }
-    return SNS_CHECK(SNS_SUCCESS == doIaCmd(p_nKey, IA_CMD_OPT_GET, &p_nVal),
-                     "get key(%d) val from 2a err", p_nKey);
+    // The ISP answers a read of a record command (the diagnostic record, the
+    // version text, ...) with the whole record, larger than the one value the
+    // host asked for: it is read into room for any record, and the value is
+    // the record's first word.
+    std::array<int32_t, ISP_READ_SCRATCH_WORDS> arrRead{};
+    const bool bRead =
+        SNS_CHECK_TEXT(SNS_SUCCESS == doIaCmd(p_nKey, IA_CMD_OPT_GET, arrRead.data()),
+                       "SNS_SUCCESS == doIaCmd(p_nKey, IA_CMD_OPT_GET, &p_nVal)",
+                       "get key(%d) val from 2a err", p_nKey);
+    if (bRead) {
+        p_nVal = arrRead[0];
+    }
+    return bRead;
 }
 
 int ISensorController::notifyToVideo(int p_nKey, int p_nVal) {
