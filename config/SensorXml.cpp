@@ -2,11 +2,13 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <memory>
 
 #include "platform/DeviceRoot.h"
 #include "platform/VXFile.h"
+#include "platform/XmlText.h"
 
 namespace {
 
@@ -22,7 +24,7 @@ bool TiXmlDocumentEx::LoadMem(const char* p_szText, TiXmlEncoding p_eEncoding) {
     if (p_szText == nullptr) {
         return false;
     }
-    Parse(p_szText, nullptr, p_eEncoding);
+    parseXmlText(*this, p_szText, std::strlen(p_szText), p_eEncoding);
     if (Error()) {
         // The parser keeps what it read before the fault; drop it so that a
         // broken text can never pass for a short valid one.

@@ -2,8 +2,11 @@
 
 #include "platform/DeviceRoot.h"
 #include "platform/StringHandler.h"
+#include "platform/XmlText.h"
 
 #include <cstring>
+#include <fstream>
+#include <sstream>
 #include <tinyxml.h>
 
 namespace {
@@ -25,8 +28,16 @@ bool ModuleConfigureParser::parse(const std::string& devicePath, const std::stri
                                   const std::string& hardwareCode,
                                   std::vector<ModuleConfigure>& out) {
     out.clear();
+    std::ifstream file(DeviceRoot::resolve(devicePath), std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    if (!file) {
+        return false;
+    }
+    const std::string content = text.str();
     TiXmlDocument doc;
-    if (!doc.LoadFile(DeviceRoot::resolve(devicePath).c_str())) {
+    parseXmlText(doc, content.c_str(), content.size(), TIXML_DEFAULT_ENCODING);
+    if (doc.Error()) {
         return false;
     }
     const TiXmlElement* root = doc.RootElement();

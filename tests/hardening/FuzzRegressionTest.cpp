@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "HardeningChannel.h"
+#include "config/SensorXml.h"
+#include "platform/ModuleConfigureParser.h"
 
 namespace sensortest {
 namespace {
@@ -45,6 +47,29 @@ TEST(FuzzRegressionTest, ReadingRecordCommandsGivesTheirFirstWordAndNothingMore)
     EXPECT_EQ(objChannel.getParameters("(2816,2496,34)", strOut), 1);
     EXPECT_EQ(strOut.rfind("(2816,41)(2496,808530483)(34,", 0), 0u) << strOut;
     GetCapturedStdout();
+}
+
+// A text that ends inside a multi-byte UTF-8 character made the XML parser
+// step over the terminator and take what followed it in memory as more text.
+TEST(FuzzRegressionTest, AStyleEndingInsideAUtf8CharacterEndsAtItsTerminator) {
+    const char arrText[] = "<Style><Tab key=\"\xe8\xcb\0\"/></Style>";
+    TiXmlDocumentEx objDoc;
+    EXPECT_FALSE(objDoc.LoadMem(arrText, TIXML_ENCODING_UTF8));
+    EXPECT_EQ(objDoc.RootElement(), nullptr);
+    EXPECT_TRUE(objDoc.LoadMem("<Style><Tab key=\"\xe8\xcb\x80\"/></Style>", TIXML_ENCODING_UTF8));
+}
+
+// The same text as the module configuration file: refused, and the parser
+// stays inside the file's bytes (the sanitizer builds check that).
+TEST(FuzzRegressionTest, AModuleConfigurationEndingInsideAUtf8CharacterIsRefused) {
+    TempDeviceRoot objRoot;
+    objRoot.writeFile(ModuleConfigureParser::kDevicePath,
+                      "<?xml version=\"1.0\" encoding=\"UTF-8\"?><ModuleConfig><Module id=\"1\" "
+                      "hardware_model=\"M\" hardware_code=\"C\" detail=\"\xe8\xcb");
+    std::vector<ModuleConfigure> vecModules;
+    EXPECT_FALSE(
+        ModuleConfigureParser::parse(ModuleConfigureParser::kDevicePath, "M", "C", vecModules));
+    EXPECT_TRUE(vecModules.empty());
 }
 
 } // namespace
