@@ -178,8 +178,19 @@ bool VXFile::commit() {
 }
 
 void VXFile::discard() {
-    std::fclose(m_pFile);
-    m_pFile = nullptr;
+    if (m_pFile != nullptr) {
+        std::fclose(m_pFile);
+        m_pFile = nullptr;
+    }
+    // An abandoned replacement takes its temporary file with it: a short write
+    // on a full flash must not leave the partial copy taking up the space.
+    if (m_bWriting) {
+        ::unlink(m_strTmpPath.c_str());
+    }
+    m_bWriting = false;
+    m_strTarget.clear();
+    m_strTmpPath.clear();
+    m_nWritten = 0;
 }
 
 INT64 VXFile::getLength() const {

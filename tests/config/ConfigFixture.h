@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -21,12 +22,7 @@ protected:
 
     static IspSimulator& isp() { return IspSimulator::instance(); }
 
-    // True when the error log received p_szText since the last call; the log
-    // starts empty again afterwards.
-    bool logged(const std::string& p_strText) {
-        const std::string strLog = takeLog();
-        return strLog.find(p_strText) != std::string::npos;
-    }
+    // The error log and its older generations, emptied by the call.
     std::string takeLog() {
         std::string strText;
         for (const char* szSuffix : {".3", ".2", ".1", ""}) {
@@ -38,15 +34,18 @@ protected:
         }
         return strText;
     }
+    // True when the error log received p_strText since it was last taken.
+    bool logged(const std::string& p_strText) {
+        return takeLog().find(p_strText) != std::string::npos;
+    }
 
     // ISP channel 0 lists p_nCmd as dynamic with these allowed items.
     void dynamic(uint32_t p_nCmd, int p_nDefault, const std::vector<int>& p_vecItems) {
         ia_dynamic_params_attr_st stAttr{};
         stAttr.default_val = p_nDefault;
         stAttr.items_cnt = static_cast<int>(p_vecItems.size());
-        for (std::size_t i = 0; i < p_vecItems.size() && i < IA_DYNAMIC_ITEM_MAX; ++i) {
-            stAttr.item[i] = p_vecItems[i];
-        }
+        std::copy_n(p_vecItems.begin(),
+                    std::min<std::size_t>(p_vecItems.size(), IA_DYNAMIC_ITEM_MAX), stAttr.item);
         m_vecDynamic.push_back(p_nCmd);
         isp().setDynamicCommands(0, m_vecDynamic);
         isp().setAttribute(0, p_nCmd, stAttr);

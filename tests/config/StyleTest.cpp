@@ -11,7 +11,7 @@
 namespace configtest {
 namespace {
 
-constexpr const char* TABS = "<T key=\"image\"/><T key=\"exp\"/><T key=\"ir\"/>";
+const std::string BASE = "<S><T key='image'/><T key='exp'/><T key='ir'/></S>";
 
 // The document as the module prints it ("" for a broken text).
 std::string xml(const std::string& p_strText) {
@@ -24,8 +24,9 @@ std::string xml(const std::string& p_strText) {
 
 class StyleTest : public ConfigTest {
 protected:
+    // Channel 3's style merged with a diversity document; also what it saved.
     std::string merge(const std::string& p_strDetail, std::string p_strDiversity,
-                      const std::string& p_strBase = std::string("<S>") + TABS + "</S>") {
+                      const std::string& p_strBase = BASE) {
         ModuleConfig stModule{};
         std::strncpy(stModule.szDetail, p_strDetail.c_str(), sizeof(stModule.szDetail) - 1);
         char* szStyle = newConfigText(p_strBase.size() + 1);
@@ -60,55 +61,48 @@ TEST_F(StyleTest, DiversityConditionsCompareFiveCharacters) {
     const struct {
         const char *szDetail, *szCondition;
         bool bApplies;
-    } arrCases[] = {{"(lensId=2)", "lensId=\"1,2\"", true},
-                    {"(lensId=2)", "lensId=\"2\"", true},
-                    {"(lensId=2)", "lensId=\"1,3\"", false},
-                    {"(lensId=2)", "ir=\"2\"", false},
-                    {"(s=123456)", "s=\"9,123457\"", true},
-                    {"(s=123456)", "s=\"12346\"", false},
-                    {"(lensId=12)", "lensId=\"1\"", false},
-                    {"(ir=1)(lensId=2)", "lensId=\"2\" ir=\"1\"", true}};
+    } arrCases[] = {
+        {"(lensId=2)", "lensId='1,2'", true},  {"(lensId=2)", "lensId='2'", true},
+        {"(lensId=2)", "lensId='1,3'", false}, {"(lensId=2)", "ir='2'", false},
+        {"(s=123456)", "s='9,123457'", true},  {"(s=123456)", "s='12346'", false},
+        {"(lensId=12)", "lensId='1'", false},  {"(ir=1)(lensId=2)", "lensId='2' ir='1'", true}};
     for (const auto& stCase : arrCases) {
         // Applied once at most, even when several conditions hold.
-        EXPECT_EQ(merge(stCase.szDetail, std::string("<E ") + stCase.szCondition +
-                                             "><AddAfter tab_key=\"exp\"><T/></AddAfter></E>"),
-                  xml(stCase.bApplies
-                          ? "<S><T key=\"image\"/><T key=\"exp\"/><T/><T key=\"ir\"/></S>"
-                          : std::string("<S>") + TABS + "</S>"))
+        EXPECT_EQ(
+            merge(stCase.szDetail, std::string("<E ") + stCase.szCondition +
+                                       "><AddAfter tab_key='exp'><T/></AddAfter></E>"),
+            xml(stCase.bApplies ? "<S><T key='image'/><T key='exp'/><T/><T key='ir'/></S>" : BASE))
             << stCase.szDetail << " " << stCase.szCondition;
     }
 }
 
-TEST_F(StyleTest, EditsKeepPositionsAndSeeEarlierEdits) {
-    EXPECT_EQ(
-        merge("(m=4)", "<A m=\"4\"><Modify tab_key=\"image\"><T key=\"image\" n=\"2\"/></Modify>"
-                       "<AddAfter tab_key=\"image\"><T key=\"wb\"/></AddAfter>"
-                       "<Delete tab_key=\"exp\"/></A>"
-                       "<B m=\"4\"><AddAfter tab_key=\"wb\"><T key=\"nr\"/></AddAfter></B>"),
-        xml("<S><T key=\"image\" n=\"2\"/><T key=\"wb\"/><T key=\"nr\"/><T key=\"ir\"/></S>"));
+TEST_F(StyleTest, EditsKeepPositionsSeeEarlierEditsAndSkipWhatIsOutsideTheFormat) {
+    EXPECT_EQ(merge("(m=4)", "<A m='4'><Modify tab_key='image'><T key='image' n='2'/></Modify>"
+                             "<AddAfter tab_key='image'><T key='wb'/></AddAfter>"
+                             "<Delete tab_key='exp'/></A>"
+                             "<B m='4'><AddAfter tab_key='wb'><T key='nr'/></AddAfter></B>"),
+              xml("<S><T key='image' n='2'/><T key='wb'/><T key='nr'/><T key='ir'/></S>"));
     // Only the first tab of a key is edited; a tab without "key" is never chosen.
-    EXPECT_EQ(merge("(m=4)", "<E m=\"4\"><Delete tab_key=\"a\"/></E>",
-                    "<S><T/><T key=\"a\" n=\"1\"/><T key=\"a\" n=\"2\"/></S>"),
-              xml("<S><T/><T key=\"a\" n=\"2\"/></S>"));
-}
+    EXPECT_EQ(merge("(m=4)", "<E m='4'><Delete tab_key='a'/></E>",
+                    "<S><T/><T key='a' n='1'/><T key='a' n='2'/></S>"),
+              xml("<S><T/><T key='a' n='2'/></S>"));
 
-TEST_F(StyleTest, EditsOutsideTheFormatAreSkipped) {
-    EXPECT_EQ(merge("(m=1)", "<E m=\"1\"><Modify tab_key=\"image\"/><AddAfter tab_key=\"ir\"/>"
-                             "<Rename tab_key=\"ir\"><T/></Rename><Delete tab_key=\"x\"/><Delete/>"
-                             "</E><F m=\"1\"/>"),
-              xml(std::string("<S>") + TABS + "</S>"));
+    EXPECT_EQ(merge("(m=1)", "<E m='1'><Modify tab_key='image'/><AddAfter tab_key='ir'/>"
+                             "<Rename tab_key='ir'><T/></Rename><Delete tab_key='x'/><Delete/>"
+                             "</E><F m='1'/>"),
+              xml(BASE));
     const std::string strLog = takeLog();
-    EXPECT_NE(strLog.find("operation(Modify) tab_key(image)"), std::string::npos);
-    EXPECT_NE(strLog.find("operation(AddAfter) tab_key(ir)"), std::string::npos);
-    EXPECT_NE(strLog.find("NULL != (node_second = node_first->FirstChildElement())"),
-              std::string::npos);
+    for (const char* szText :
+         {"operation(Modify) tab_key(image)", "operation(AddAfter) tab_key(ir)",
+          "NULL != (node_second = node_first->FirstChildElement())"}) {
+        EXPECT_NE(strLog.find(szText), std::string::npos) << szText;
+    }
 }
 
 TEST_F(StyleTest, BrokenDocumentsAreReported) {
-    EXPECT_EQ(merge("(m=1)", "<E m=\"1\"/>", "<S><T key=\"a\"></S>"), "");
+    EXPECT_EQ(merge("(m=1)", "<E m='1'/>", "<S><T key='a'></S>"), "");
     EXPECT_TRUE(logged("doc_style.LoadMem(*ui_style, TIXML_ENCODING_UTF8)"));
-    EXPECT_EQ(merge("(m=1)", "<E m=\"1\"><Delete tab_key=\"ir\"/>"),
-              xml(std::string("<S>") + TABS + "</S>"));
+    EXPECT_EQ(merge("(m=1)", "<E m='1'><Delete tab_key='ir'/>"), xml(BASE));
     EXPECT_TRUE(logged("NULL != (node_first = doc_style_div.RootElement())"));
     TiXmlDocument objEmpty;
     EXPECT_EQ(updateStyleTab(&objEmpty, "Delete", "a", nullptr), 0);
@@ -117,19 +111,15 @@ TEST_F(StyleTest, BrokenDocumentsAreReported) {
 
 TEST_F(StyleTest, IspRewritesDefaultsAndItemsOfEveryMatch) {
     dynamic(2337, 50, {0, 50, 100});
-    EXPECT_EQ(
-        dna("<S><T><C id=\"2337\" value=\"10\"><I index=\"0\"/><I index=\"25\"/><I index=\"50\"/>"
-            "<I index=\"75\"/><I index=\"100\"/></C><C id=\"34\" value=\"1\"><I index=\"2\"/>"
-            "</C></T><T><C id=\"2337\"><I index=\"75\"/></C></T></S>"),
-        xml("<S><T><C id=\"2337\" value=\"50\"><I index=\"0\"/><I index=\"50\"/><I index=\"100\"/>"
-            "</C><C id=\"34\" value=\"1\"><I index=\"2\"/></C></T><T><C id=\"2337\" "
-            "value=\"50\"/></T></S>"));
-
+    EXPECT_EQ(dna("<S><T><C id='2337' value='10'><I index='0'/><I index='25'/><I index='50'/>"
+                  "<I index='75'/><I index='100'/></C><C id='34' value='1'><I index='2'/></C></T>"
+                  "<T><C id='2337'><I index='75'/></C></T></S>"),
+              xml("<S><T><C id='2337' value='50'><I index='0'/><I index='50'/><I index='100'/>"
+                  "</C><C id='34' value='1'><I index='2'/></C></T><T><C id='2337' value='50'/>"
+                  "</T></S>"));
     TiXmlDocumentEx objDoc;
-    objDoc.LoadMem(
-        "<S><C id=\"7\" value=\"1\"><C id=\"7\" value=\"9\"/></C><C id=\"7\" value=\"2\"/>"
-        "</S>",
-        TIXML_ENCODING_UTF8);
+    objDoc.LoadMem("<S><C id='7' value='1'><C id='7' value='9'/></C><C id='7' value='2'/></S>",
+                   TIXML_ENCODING_UTF8);
     TiXmlElement* pFound = nullptr;
     int nVal = -1;
     getNodebyCmdId(objDoc.RootElement(), 7, pFound);
@@ -140,56 +130,53 @@ TEST_F(StyleTest, IspRewritesDefaultsAndItemsOfEveryMatch) {
 
 TEST_F(StyleTest, StylePresetsOfTheShutterKeys) {
     dynamic(49, 3, {3, 6, 12});
-    const std::string strItems = "><I index=\"1\"/><I index=\"3\"/><I index=\"6\"/></C></S>";
+    const std::string strOwn = "<I index='1'/><I index='3'/><I index='6'/>";
+    const std::string strAllowed = "<I index='3'/><I index='6'/>";
     const std::pair<std::string, std::string> arrCases[] = {
-        {" value=\"6\"", "6\"><I index=\"3\"/><I index=\"6\"/>"},
-        {" value=\"7\"", "3\"><I index=\"3\"/><I index=\"6\"/>"},
-        {" value=\"100\"", "3\"><I index=\"3\"/><I index=\"6\"/>"},
-        {"", "3\"><I index=\"3\"/><I index=\"6\"/>"},
-        {" value=\"200\"", "0\"><I index=\"1\"/><I index=\"3\"/><I index=\"6\"/>"}, // own items
-        {" value=\"203\"", "3\"><I index=\"1\"/><I index=\"3\"/><I index=\"6\"/>"}};
+        {" value='6'", "6'>" + strAllowed},   {" value='7'", "3'>" + strAllowed},
+        {" value='100'", "3'>" + strAllowed}, {"", "3'>" + strAllowed},
+        {" value='200'", "0'>" + strOwn},     {" value='203'", "3'>" + strOwn}}; // own items
     for (const auto& [strPreset, strResult] : arrCases) {
         testing::internal::CaptureStdout();
-        EXPECT_EQ(dna("<S><C id=\"49\"" + strPreset + strItems),
-                  xml("<S><C id=\"49\" value=\"" + strResult + "</C></S>"));
+        EXPECT_EQ(dna("<S><C id='49'" + strPreset + ">" + strOwn + "</C></S>"),
+                  xml("<S><C id='49' value='" + strResult + "</C></S>"));
         EXPECT_EQ(testing::internal::GetCapturedStdout().find("items_cnt(3)") == std::string::npos,
-                  strPreset == " value=\"100\"");
+                  strPreset == " value='100'");
     }
     dynamic(1537, 6, {0, 6});
     dynamic(34, 3, {3, 6});
-    EXPECT_EQ(dna("<S><C id=\"1537\"/><C id=\"34\" value=\"6\"/></S>"),
-              xml("<S><C id=\"1537\" value=\"0\"/><C id=\"34\" value=\"3\"/></S>"));
+    EXPECT_EQ(dna("<S><C id='1537'/><C id='34' value='6'/></S>"),
+              xml("<S><C id='1537' value='0'/><C id='34' value='3'/></S>"));
 }
 
 TEST_F(StyleTest, FeatureFlagsHideControls) {
-    const std::string strStyle = "<S><C id=\"10\"/><C id=\"11\"/><C id=\"2368\"/><C id=\"2369\"/>"
-                                 "<C id=\"2048\"/><C id=\"2064\"/></S>";
-    EXPECT_EQ(dna(strStyle, true, true), xml("<S><C id=\"2368\"/><C id=\"2369\"/><C id=\"2048\"/>"
-                                             "<C id=\"2064\"/></S>"));
+    const std::string strStyle = "<S><C id='10'/><C id='11'/><C id='2368'/><C id='2369'/>"
+                                 "<C id='2048'/><C id='2064'/></S>";
+    EXPECT_EQ(dna(strStyle, true, true),
+              xml("<S><C id='2368'/><C id='2369'/><C id='2048'/><C id='2064'/></S>"));
     EXPECT_EQ(dna(strStyle, false, false), xml("<S/>"));
     setshowBeawayFalg(false);
-    EXPECT_EQ(dna(strStyle, false, true),
-              xml("<S><C id=\"11\"/><C id=\"2048\"/><C id=\"2064\"/></S>"));
+    EXPECT_EQ(dna(strStyle, false, true), xml("<S><C id='11'/><C id='2048'/><C id='2064'/></S>"));
     // Without 2368 only 2369 goes; of two controls of a key the last one goes.
-    EXPECT_EQ(dna("<S><C id=\"2369\"/><C id=\"10\" n=\"1\"/><C id=\"10\" n=\"2\"/></S>", false),
-              xml("<S><C id=\"10\" n=\"1\"/></S>"));
+    EXPECT_EQ(dna("<S><C id='2369'/><C id='10' n='1'/><C id='10' n='2'/></S>", false),
+              xml("<S><C id='10' n='1'/></S>"));
 }
 
 TEST_F(StyleTest, FaultsAreReportedAndTheRestGoesOn) {
     dynamic(2337, 50, {50});
-    EXPECT_EQ(dna("<S><C id=\"2337\"><I index=\"0\"/><I/><I index=\"2\"/></C></S>"),
-              xml("<S><C id=\"2337\" value=\"50\"><I/><I index=\"2\"/></C></S>"));
+    EXPECT_EQ(dna("<S><C id='2337'><I index='0'/><I/><I index='2'/></C></S>"),
+              xml("<S><C id='2337' value='50'><I/><I index='2'/></C></S>"));
     EXPECT_TRUE(logged("SNS_SUCCESS == doDnaStyle(objStyleXmlDoc.RootElement(), "
                        "dnaCmdList.cmd_list[i], &dnaParamList)"));
     isp().failCommand(0, 2337, IA_CMD_OPT_GET_PARAM_RNAGE, -6); // zero record: nothing allowed
-    EXPECT_EQ(dna("<S><C id=\"2337\"><I index=\"0\"/></C></S>"),
-              xml("<S><C id=\"2337\" value=\"0\"/></S>"));
+    EXPECT_EQ(dna("<S><C id='2337'><I index='0'/></C></S>"),
+              xml("<S><C id='2337' value='0'/></S>"));
     EXPECT_TRUE(logged("(ia_cmd_e)dnaCmdList.cmd_list[i], IA_CMD_OPT_GET_PARAM_RNAGE"));
     isp().failCommand(0, IA_CMD_DYNAMIC_PARAMS_CMDS_GET, -1, -5);
-    EXPECT_EQ(dna("<S><C id=\"2337\"/><C id=\"10\"/></S>"), xml("<S><C id=\"2337\"/></S>"));
+    EXPECT_EQ(dna("<S><C id='2337'/><C id='10'/></S>"), xml("<S><C id='2337'/></S>"));
     EXPECT_TRUE(logged("SNS_SUCCESS == ia_ioctrl_v2(p_channelID-1, IA_CMD_DYNAMIC_PARAMS_CMDS_GET, "
                        "IA_CMD_OPT_GET, (void*)(&dnaCmdList))"));
-    EXPECT_EQ(dna("<S><C id=\"10\"></S>"), "");
+    EXPECT_EQ(dna("<S><C id='10'></S>"), "");
     EXPECT_TRUE(logged("objStyleXmlDoc.LoadMem(szStyle, TIXML_ENCODING_UTF8)"));
 }
 
@@ -198,8 +185,8 @@ TEST_F(StyleTest, AbsurdCountsAreClampedToTheRecords) {
         dynamic(nCmd, 1, {1});
     }
     isp().clearLog();
-    EXPECT_EQ(dna("<S><C id=\"5015\"/><C id=\"5016\"/></S>"),
-              xml("<S><C id=\"5015\" value=\"1\"/><C id=\"5016\"/></S>"));
+    EXPECT_EQ(dna("<S><C id='5015'/><C id='5016'/></S>"),
+              xml("<S><C id='5015' value='1'/><C id='5016'/></S>"));
     EXPECT_EQ(isp().log().size(), 17u); // the list and 16 ranges
     EXPECT_TRUE(logged("cmd_cnt(20)"));
 
@@ -208,13 +195,13 @@ TEST_F(StyleTest, AbsurdCountsAreClampedToTheRecords) {
     stAttr.item[0] = 7;
     isp().setDynamicCommands(0, {2337});
     isp().setAttribute(0, 2337, stAttr);
-    EXPECT_EQ(dna("<S><C id=\"2337\"><I index=\"7\"/><I index=\"8\"/></C></S>"),
-              xml("<S><C id=\"2337\" value=\"0\"><I index=\"7\"/></C></S>"));
+    EXPECT_EQ(dna("<S><C id='2337'><I index='7'/><I index='8'/></C></S>"),
+              xml("<S><C id='2337' value='0'><I index='7'/></C></S>"));
     EXPECT_TRUE(logged("items_cnt(1000)"));
 
-    std::string strMany = "<C id=\"49\">";
+    std::string strMany = "<C id='49'>";
     for (int i = 1; i <= 70; ++i) {
-        strMany += "<I index=\"" + std::to_string(i) + "\"/>";
+        strMany += "<I index='" + std::to_string(i) + "'/>";
     }
     TiXmlDocumentEx objDoc;
     objDoc.LoadMem((strMany + "</C>").c_str(), TIXML_ENCODING_UTF8);
@@ -226,7 +213,7 @@ TEST_F(StyleTest, AbsurdCountsAreClampedToTheRecords) {
 
 TEST_F(StyleTest, EnableListsAndNodeRemoval) {
     TiXmlDocumentEx objDoc;
-    objDoc.LoadMem("<S><C id=\"112\"/><C id=\"128\"/><C id=\"34\"/></S>", TIXML_ENCODING_UTF8);
+    objDoc.LoadMem("<S><C id='112'/><C id='128'/><C id='34'/></S>", TIXML_ENCODING_UTF8);
     TiXmlElement* pRoot = objDoc.RootElement();
     for (int nKey : {112, 128, 34}) {
         ModifyNodebyCmdId(pRoot, nKey);
@@ -236,26 +223,25 @@ TEST_F(StyleTest, EnableListsAndNodeRemoval) {
     EXPECT_EQ(DeleteNode(pRoot, pRoot->LastChild()->ToElement()), 0);
     std::string strOut;
     objDoc.getXmlString(strOut);
-    EXPECT_EQ(strOut,
-              xml("<S><C id=\"112\" enable_list=\"128\"/><C id=\"128\" enable_list=\"112\"/></S>"));
+    EXPECT_EQ(strOut, xml("<S><C id='112' enable_list='128'/><C id='128' enable_list='112'/></S>"));
 }
 
 TEST_F(StyleTest, FactorySetFollowsThePrunedDocument) {
     dynamic(2337, 40, {20, 40});
     const std::string strStyle =
-        "<S><T key=\"a\" id=\"300\" value=\"1\"><C id=\"34\" value=\"50\"/><C id=\"2337\"/></T>"
-        "<T><G id=\"5\"><C id=\"2368\" value=\"2\"/></G><C value=\"3\"/><C id=\"34\" value=\"-1\"/>"
-        "<C id=\"10\" value=\"0\"/></T></S>";
+        "<S><T key='a' id='300' value='1'><C id='34' value='50'/><C id='2337'/></T>"
+        "<T><G id='5'><C id='2368' value='2'/></G><C value='3'/><C id='34' value='-1'/>"
+        "<C id='10' value='0'/></T></S>";
     EXPECT_EQ(factory(strStyle), "(300,1)(34,50)(2337,40)(2368,2)(34,4294967295)");
     EXPECT_EQ(factory(strStyle, 8, false), "(300,1)(34,50)(2337,40)(34,4294967295)");
     EXPECT_EQ(takeLog(), "");
     EXPECT_EQ(factory(strStyle, 3), "(300,1)(34,50)(2337,40)");
     EXPECT_TRUE(logged("SNS_SUCCESS == style2KeyVal(pRootNode, p_pKeyVal, p_pnKeyValNum)"));
-    EXPECT_EQ(factory("<S><C id=\"1\" value=\"1\">"), "");
+    EXPECT_EQ(factory("<S><C id='1' value='1'>"), "");
     EXPECT_TRUE(logged("objDnaStyleDoc.LoadMem(strDnaStyle.c_str(), TIXML_ENCODING_UTF8)"));
 
     TiXmlDocumentEx objOne;
-    objOne.LoadMem("<C id=\"7\" value=\"8\"/>", TIXML_ENCODING_UTF8);
+    objOne.LoadMem("<C id='7' value='8'/>", TIXML_ENCODING_UTF8);
     KeyVal arrSet[2] = {{1, 1}, {2, 2}};
     u32 nCount = 1; // appended at the count
     EXPECT_EQ(style2KeyVal(objOne.RootElement(), arrSet, &nCount, 2), SNS_SUCCESS);
@@ -269,7 +255,7 @@ TEST_F(StyleTest, XmlDocumentExtension) {
     EXPECT_FALSE(objDoc.LoadMem("<a><b></a>", TIXML_ENCODING_UTF8));
     EXPECT_EQ(objDoc.FirstChild(), nullptr); // nothing of a broken text is kept
     EXPECT_FALSE(objDoc.LoadMem(nullptr, TIXML_ENCODING_UTF8));
-    objDoc.LoadMem("<?xml version=\"1.0\"?><a x=\"1\"><b>t</b></a><z/>", TIXML_ENCODING_UTF8);
+    objDoc.LoadMem("<?xml version=\"1.0\"?><a x='1'><b>t</b></a><z/>", TIXML_ENCODING_UTF8);
     EXPECT_FALSE(objDoc.SaveFile()); // parsed from memory: no name of its own
     ASSERT_TRUE(objDoc.SaveFile("/hd1/x.xml"));
     ASSERT_TRUE(objDoc.TiXmlDocument::SaveFile(m_objRoot.hostPath("/hd1/lib.xml").c_str()));
@@ -277,7 +263,6 @@ TEST_F(StyleTest, XmlDocumentExtension) {
     std::string strText;
     objDoc.getXmlString(strText);
     EXPECT_EQ(strText, m_objRoot.readFile("/hd1/lib.xml")); // exactly what the library saves
-
     ASSERT_TRUE(objDoc.LoadFile("/hd1/x.xml", TIXML_ENCODING_UTF8));
     objDoc.RootElement()->SetAttribute("x", 3);
     ASSERT_TRUE(objDoc.SaveFile());

@@ -1,0 +1,457 @@
+// The ISP simulator: values and records per channel, refusals, fault injection,
+// the call log, the dynamic list and correction, profiles and day/night state.
+#include "isp/IspSimulator.h"
+#include "common/ia_ioctrl.h"
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <numeric>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr uint32_t kGuard = 0xA5A5A5A5u;
+constexpr uint32_t kListCmd = IA_CMD_DYNAMIC_PARAMS_CMDS_GET;
+
+// A record followed by a guard word, to catch writes past the record.
+template <typename Rec> struct WithGuard {
+    Rec rec{};
+    uint32_t guard = kGuard;
+};
+
+ia_dynamic_params_attr_st listAttr(std::initializer_list<int32_t> p_lstItems) {
+    ia_dynamic_params_attr_st stAttr{};
+    stAttr.items_cnt = static_cast<int32_t>(p_lstItems.size());
+    std::copy(p_lstItems.begin(), p_lstItems.end(), stAttr.item);
+    return stAttr;
+}
+
+const char kTwoChannelProfile[] = R"xml(<SensorProfile name="dual">
+  <Command id="34" value="60"/>
+  <Record id="2496" text="LENS 2.3"/>
+  <Dynamic id="2368" type="0"><Item value="1"/><Item value="3"/></Dynamic>
+  <DayNight dayThreshold="50" nightThreshold="20" level="10"/>
+  <Channel index="1">
+    <Command id="34" value="40"/>
+    <Dynamic id="16" type="1" min="0" max="9" default="4"/>
+    <DayNight level="90"/>
+  </Channel>
+</SensorProfile>)xml";
+
+std::string wrap(const std::string& p_strBody) {
+    return "<SensorProfile>" + p_strBody + "</SensorProfile>";
+}
+
+// A profile with n dynamic commands, or one dynamic command with n items.
+std::string manyDynamics(int p_nCount, bool p_bItems) {
+    std::string strBody = p_bItems ? "<Dynamic id=\"16\" type=\"0\">" : "";
+    for (int i = 0; i < p_nCount; ++i) {
+        strBody += p_bItems ? "<Item value=\"" + std::to_string(i) + "\"/>"
+                            : "<Dynamic id=\"" + std::to_string(100 + i) +
+                                  "\" type=\"0\"><Item value=\"0\"/></Dynamic>";
+    }
+    return wrap(strBody + (p_bItems ? "</Dynamic>" : ""));
+}
+
+// The process-wide simulator, back on the built-in profile before every test.
+class IspTest : public ::testing::Test {
+protected:
+    void SetUp() override { sim().loadDefaultProfile(); }
+
+    static IspSimulator& sim() { return IspSimulator::instance(); }
+    static int call(int p_nChannel, uint32_t p_nCmd, int p_nOption, void* p_pData) {
+        return ia_ioctrl_v2(p_nChannel, static_cast<ia_cmd_e>(p_nCmd), p_nOption, p_pData);
+    }
+    static int32_t get(int p_nChannel, uint32_t p_nCmd) {
+        int32_t nValue = -12345;
+        EXPECT_EQ(call(p_nChannel, p_nCmd, IA_CMD_OPT_GET, &nValue), 0);
+        return nValue;
+    }
+    static int set(int p_nChannel, uint32_t p_nCmd, int32_t p_nValue) {
+        return call(p_nChannel, p_nCmd, IA_CMD_OPT_SET, &p_nValue);
+    }
+    static int32_t correct(int p_nChannel, uint32_t p_nCmd, int32_t p_nValue, int p_nExpect = 0) {
+        EXPECT_EQ(call(p_nChannel, p_nCmd, IA_CMD_OPT_CORRECT_PARAM, &p_nValue), p_nExpect);
+        return p_nValue;
+    }
+    // The channel's dynamic list as the ISP call gives it (at most the record's 16).
+    static std::vector<uint32_t> dynamicList(int p_nChannel, int32_t* p_pCount = nullptr) {
+        WithGuard<ia_dynamic_cmd_list_st> stList;
+        EXPECT_EQ(call(p_nChannel, kListCmd, IA_CMD_OPT_GET, &stList.rec), 0);
+        EXPECT_EQ(stList.guard, kGuard);
+        if (p_pCount != nullptr) {
+            *p_pCount = stList.rec.cmd_cnt;
+        }
+        const int nCount = std::clamp(stList.rec.cmd_cnt, 0, IA_DYNAMIC_CMD_MAX);
+        return std::vector<uint32_t>(stList.rec.cmd_list, stList.rec.cmd_list + nCount);
+    }
+    // The values read through the ISP call at these (channel, command) pairs.
+    static std::string values(std::initializer_list<std::pair<int, uint32_t>> p_lstAt) {
+        std::string strOut;
+        for (const auto& [nChannel, nCmd] : p_lstAt) {
+            strOut += (strOut.empty() ? "" : " ") + std::to_string(get(nChannel, nCmd));
+        }
+        return strOut;
+    }
+    // A command's attribute record as the ISP call gives it.
+    static ia_dynamic_params_attr_st range(int p_nChannel, uint32_t p_nCmd, int p_nExpect = 0) {
+        WithGuard<ia_dynamic_params_attr_st> stAttr;
+        EXPECT_EQ(call(p_nChannel, p_nCmd, IA_CMD_OPT_GET_PARAM_RNAGE, &stAttr.rec), p_nExpect);
+        EXPECT_EQ(stAttr.guard, kGuard);
+        return stAttr.rec;
+    }
+    // The log as "channel:cmd:option=value[,record bytes]->result " entries.
+    static std::string logText() {
+        std::string strOut;
+        for (const IspSimulator::LogEntry& stEntry : sim().log()) {
+            strOut += std::to_string(stEntry.channel) + ":" + std::to_string(stEntry.cmd) + ":" +
+                      std::to_string(stEntry.option) + "=" + std::to_string(stEntry.value);
+            for (uint8_t nByte : stEntry.bytes) {
+                strOut += "," + std::to_string(nByte);
+            }
+            strOut += "->" + std::to_string(stEntry.result) + " ";
+        }
+        return strOut;
+    }
+};
+
+} // namespace
+
+TEST_F(IspTest, ValuesAndRecordsAreStoredPerChannelAndCommand) {
+    ASSERT_EQ(set(0, 34, 70), 0);
+    ASSERT_EQ(set(1, 34, 20), 0);
+    ASSERT_EQ(set(2, 0x7777, -9), 0); // unknown commands are stored like any other
+    EXPECT_TRUE(sim().setValue(2, 34, 99));
+    // Channel 3 keeps the built-in brightness; a command never written reads 0.
+    EXPECT_EQ(values({{0, 34}, {1, 34}, {3, 34}, {2, 0x7777}, {2, 0x7778}, {2, 34}}),
+              "70 20 50 -9 0 99");
+    EXPECT_EQ(sim().getValue(1, 34), 20);
+
+    EXPECT_EQ(sim().getRecord(0, 145),
+              (std::vector<uint8_t>{70, 0, 0, 0, 30, 0, 0, 0, 0, 0, 0, 0}));
+    std::array<char, 50> arrVersion{};
+    ASSERT_EQ(call(0, 2496, IA_CMD_OPT_GET, arrVersion.data()), 0);
+    EXPECT_STREQ(arrVersion.data(), "ISP-SIM 1.0");
+    ASSERT_TRUE(sim().setRecord(0, 1606, {1}));
+    bool bHeat = false; // the heat status is one byte: a bool receives it
+    ASSERT_EQ(call(0, 1606, IA_CMD_OPT_GET, &bHeat), 0);
+    EXPECT_TRUE(bHeat);
+    // Value and record commands are kept apart.
+    EXPECT_FALSE(sim().setRecord(0, 1606, {1, 0}));
+    EXPECT_FALSE(sim().setRecord(0, 34, {1, 0, 0, 0}));
+    EXPECT_FALSE(sim().setValue(0, 145, 1));
+    EXPECT_FALSE(sim().getValue(0, 145).has_value());
+    EXPECT_TRUE(sim().getRecord(0, 34).empty());
+}
+
+TEST_F(IspTest, RecordCommandsMoveExactlyTheirSize) {
+    const std::pair<uint32_t, std::size_t> arrSizes[] = {
+        {145, 12}, {146, 12}, {154, 12},  {149, 16},  {150, 16},
+        {151, 16}, {152, 16}, {2816, 16}, {2496, 50}, {1606, 1}};
+    for (const auto& [nCmd, nSize] : arrSizes) {
+        SCOPED_TRACE(nCmd);
+        std::array<uint8_t, 64> arrBuf;
+        arrBuf.fill(0xCC);
+        ASSERT_EQ(call(1, nCmd, IA_CMD_OPT_GET, arrBuf.data()), 0);
+        EXPECT_EQ(std::count(arrBuf.begin() + nSize, arrBuf.end(), 0xCC), 64 - nSize);
+        std::iota(arrBuf.begin(), arrBuf.end(), 1);
+        ASSERT_EQ(call(1, nCmd, IA_CMD_OPT_SET, arrBuf.data()), 0);
+        EXPECT_EQ(sim().getRecord(1, nCmd),
+                  std::vector<uint8_t>(arrBuf.begin(), arrBuf.begin() + nSize));
+        EXPECT_NE(sim().getRecord(0, nCmd), sim().getRecord(1, nCmd));
+    }
+}
+
+TEST_F(IspTest, MalformedCallsAreRefusedAndExecStatusIsPerCommand) {
+    for (int nOption = IA_CMD_OPT_SET; nOption <= IA_CMD_OPT_GET_EXEC_STATUS; ++nOption) {
+        EXPECT_NE(call(0, 34, nOption, nullptr), 0);
+        EXPECT_NE(call(0, 145, nOption, nullptr), 0);
+    }
+    EXPECT_NE(call(0, kListCmd, IA_CMD_OPT_GET, nullptr), 0);
+    const std::pair<int, int> arrBad[] = {
+        {0, -1}, {0, 5}, {0, 100}, {-1, 1}, {isp::kChannelCount, 1}, {1000, 0}};
+    for (const auto& [nChannel, nOption] : arrBad) {
+        int32_t nValue = 77;
+        EXPECT_EQ(call(nChannel, 34, nOption, &nValue), IspSimulator::ERR_INVALID);
+        EXPECT_EQ(nValue, 77);
+    }
+    ia_dynamic_cmd_list_st stList{}; // the dynamic list can only be read
+    EXPECT_NE(call(0, kListCmd, IA_CMD_OPT_SET, &stList), 0);
+    EXPECT_FALSE(sim().setValue(isp::kChannelCount, 34, 1));
+    EXPECT_FALSE(sim().getValue(-1, 34).has_value());
+    EXPECT_EQ(get(0, 34), 50);
+
+    int32_t nStatus = -1;
+    ASSERT_TRUE(sim().setExecStatus(0, 1536, 3));
+    ASSERT_TRUE(sim().setExecStatus(-1, 1537, 2)); // every channel
+    EXPECT_FALSE(sim().setExecStatus(9, 1537, 2));
+    const std::array<int, 3> arrStatus[] = {{0, 1536, 3}, {1, 1536, 0}, {3, 1537, 2}};
+    for (const auto& [nChannel, nCmd, nExpected] : arrStatus) {
+        ASSERT_EQ(call(nChannel, nCmd, IA_CMD_OPT_GET_EXEC_STATUS, &nStatus), 0);
+        EXPECT_EQ(nStatus, nExpected) << nChannel << "/" << nCmd;
+    }
+}
+
+TEST_F(IspTest, InjectedFailuresReturnTheCodeAndChangeNothing) {
+    ASSERT_EQ(set(0, 34, 1234), 0);
+    ASSERT_TRUE(sim().failCommand(0, 34, IA_CMD_OPT_GET, -5));
+    sim().clearLog();
+    int32_t nValue = 99;
+    EXPECT_EQ(call(0, 34, IA_CMD_OPT_GET, &nValue), -5);
+    EXPECT_EQ(nValue, 99);
+    EXPECT_EQ(logText(), "0:34:1=99->-5 ");
+    EXPECT_EQ(get(1, 34), 50);      // other channel
+    EXPECT_EQ(set(0, 34, 1300), 0); // other option
+    // Any channel and option; a failed SET stores nothing.
+    ASSERT_TRUE(sim().failCommand(-1, 2369, -1, 7));
+    EXPECT_EQ(set(2, 2369, 10), 7);
+    EXPECT_EQ(sim().getValue(2, 2369), 50);
+    // The first rule that matches decides.
+    ASSERT_TRUE(sim().failCommand(1, 2400, -1, -8));
+    ASSERT_TRUE(sim().failCommand(-1, 2400, IA_CMD_OPT_SET, -9));
+    EXPECT_EQ(set(1, 2400, 1), -8);
+    EXPECT_EQ(set(0, 2400, 1), -9);
+    EXPECT_FALSE(sim().failCommand(0, 34, IA_CMD_OPT_GET, 0));
+    EXPECT_FALSE(sim().failCommand(0, 34, 5, -1));
+    EXPECT_FALSE(sim().failCommand(-2, 34, 1, -1));
+    sim().clearFailures();
+    EXPECT_EQ(get(0, 34), 1300);
+    EXPECT_EQ(set(2, 2369, 10), 0);
+}
+
+TEST_F(IspTest, LogKeepsCallsInOrderWithDataAfterTheCallUpToItsCapacity) {
+    sim().clearLog();
+    ASSERT_EQ(set(1, 34, 10), 0);
+    EXPECT_EQ(correct(0, 49, 100), 8);
+    std::array<int32_t, 3> arrThr = {1, 2, 3};
+    ASSERT_EQ(call(2, 145, IA_CMD_OPT_SET, arrThr.data()), 0);
+    EXPECT_NE(call(0, 34, 9, arrThr.data()), 0);
+    EXPECT_EQ(logText(),
+              "1:34:0=10->0 0:49:3=8->0 2:145:0=0,1,0,0,0,2,0,0,0,3,0,0,0->0 0:34:9=0->-1 ");
+    sim().enableLog(false);
+    ASSERT_EQ(set(1, 34, 11), 0);
+    EXPECT_EQ(sim().log().size(), 4u);
+
+    sim().enableLog(true);
+    sim().clearLog();
+    const int nCalls = static_cast<int>(IspSimulator::kLogCapacity) + 5;
+    for (int i = 0; i < nCalls; ++i) {
+        ASSERT_EQ(set(0, 34, i), 0);
+    }
+    const auto vecLog = sim().log();
+    ASSERT_EQ(vecLog.size(), IspSimulator::kLogCapacity);
+    EXPECT_EQ(vecLog.front().value, 5);
+    EXPECT_EQ(vecLog.back().value, nCalls - 1);
+}
+
+TEST_F(IspTest, ResetRestoresTheProfilesStartingState) {
+    ASSERT_EQ(set(0, 34, 1), 0);
+    ASSERT_TRUE(sim().setRecord(0, 2496, std::vector<uint8_t>(50, 'x')));
+    ASSERT_TRUE(sim().failCommand(-1, 2337, -1, -4));
+    ASSERT_TRUE(sim().setLightLevel(0, 0));
+    ASSERT_TRUE(sim().setDynamicCommands(0, {34}));
+    sim().enableLog(false);
+    sim().reset();
+    EXPECT_TRUE(sim().log().empty());
+    EXPECT_EQ(values({{0, 34}, {0, 2337}, {0, 153}}), "50 50 0");
+    EXPECT_EQ(sim().getRecord(0, 2496)[0], 'I');
+    EXPECT_EQ(dynamicList(0).size(), 6u);
+    EXPECT_EQ(sim().log().size(), 4u); // logging is on again
+}
+
+TEST_F(IspTest, ConcurrentCallsOnAllChannelsAreSerialised) {
+    constexpr int kRounds = 2000;
+    sim().clearLog();
+    std::vector<std::thread> vecThreads;
+    for (int nChannel = 0; nChannel < isp::kChannelCount; ++nChannel) {
+        vecThreads.emplace_back([nChannel] {
+            for (int i = 0; i < kRounds; ++i) {
+                set(nChannel, 34, i);
+                int32_t nValue = 0;
+                call(nChannel, 34, IA_CMD_OPT_GET, &nValue);
+            }
+        });
+    }
+    for (auto& objThread : vecThreads) {
+        objThread.join();
+    }
+    EXPECT_EQ(sim().log().size(), static_cast<std::size_t>(2 * kRounds * isp::kChannelCount));
+    for (int nChannel = 0; nChannel < isp::kChannelCount; ++nChannel) {
+        EXPECT_EQ(sim().getValue(nChannel, 34), kRounds - 1);
+    }
+}
+
+TEST_F(IspTest, ListAndRangesComeFromTheProfile) {
+    EXPECT_EQ(dynamicList(0), (std::vector<uint32_t>{16, 49, 2368, 2369, 2464, 2497}));
+    EXPECT_EQ(get(0, 49), 6); // a dynamic command without a value starts at its default
+    ia_dynamic_params_attr_st stAttr = range(1, 2368);
+    EXPECT_EQ(stAttr.param_type, 0);
+    EXPECT_EQ(stAttr.max_val, 2);
+    ASSERT_EQ(stAttr.items_cnt, 3);
+    EXPECT_EQ(stAttr.item[2], 2);
+    stAttr = range(1, 2369);
+    EXPECT_NE(stAttr.param_type, 0);
+    EXPECT_EQ(stAttr.max_val, 100);
+    EXPECT_EQ(stAttr.default_val, 50);
+    range(1, 34, IspSimulator::ERR_NOT_DYNAMIC);
+}
+
+TEST_F(IspTest, CorrectionPicksTheNearestItemOrClamps) {
+    ASSERT_TRUE(sim().setAttribute(0, 4000, listAttr({30, 10, 20})));
+    ASSERT_TRUE(sim().setAttribute(0, 4001, listAttr({INT32_MIN, INT32_MAX})));
+    const std::array<int32_t, 3> arrCases[] = {
+        {49, 100, 8},          {49, -3, 1},          {49, 5, 5},     // max shutter list 1..8
+        {4000, 15, 10},        {4000, 25, 20},       {4000, 26, 30}, // ties to the lower, any order
+        {4001, -1, INT32_MIN}, {4001, 0, INT32_MAX},                 // distances beyond 32 bits
+        {2369, 150, 100},      {2369, -5, 0},        {2369, 42, 42}, // WDR strength range 0..100
+        {34, 999, 999}}; // not dynamic: allowed as it is
+    for (const auto& [nCmd, nIn, nOut] : arrCases) {
+        EXPECT_EQ(correct(0, nCmd, nIn), nOut) << nCmd << " " << nIn;
+    }
+    EXPECT_EQ(get(0, 49), 6); // correction never stores
+}
+
+TEST_F(IspTest, CorrectionSurvivesMalformedAttributes) {
+    // An empty list, or a count below zero, offers nothing: the value stays.
+    ASSERT_TRUE(sim().setAttribute(0, 4000, listAttr({})));
+    EXPECT_EQ(correct(0, 4000, 17), 17);
+    ia_dynamic_params_attr_st stAttr = listAttr({1});
+    stAttr.items_cnt = -5;
+    ASSERT_TRUE(sim().setAttribute(0, 4000, stAttr));
+    EXPECT_EQ(correct(0, 4000, 17), 17);
+    // A count beyond the record reads only the record's 64 items.
+    stAttr.items_cnt = 1000;
+    std::iota(stAttr.item, stAttr.item + IA_DYNAMIC_ITEM_MAX, 1000);
+    ASSERT_TRUE(sim().setAttribute(0, 4000, stAttr));
+    EXPECT_EQ(correct(0, 4000, 5000), 1063);
+    // A range with min above max cannot correct and says so.
+    stAttr.param_type = 1;
+    stAttr.min_val = 10;
+    stAttr.max_val = 0;
+    ASSERT_TRUE(sim().setAttribute(0, 4000, stAttr));
+    EXPECT_EQ(correct(0, 4000, 5, IspSimulator::ERR_BAD_ATTRIBUTE), 5);
+}
+
+TEST_F(IspTest, OverridesReportCountsAsSetButStayInsideTheRecords) {
+    std::vector<uint32_t> vecCmds(20);
+    std::iota(vecCmds.begin(), vecCmds.end(), 100u);
+    ASSERT_TRUE(sim().setDynamicCommands(-1, vecCmds));
+    int32_t nCount = 0;
+    EXPECT_EQ(dynamicList(2, &nCount),
+              std::vector<uint32_t>(vecCmds.begin(), vecCmds.begin() + 16));
+    EXPECT_EQ(nCount, 20);
+
+    ia_dynamic_params_attr_st stHuge = listAttr({4, 5});
+    stHuge.items_cnt = 65;
+    ASSERT_TRUE(sim().setAttribute(1, 34, stHuge));
+    const ia_dynamic_params_attr_st stAttr = range(1, 34);
+    EXPECT_EQ(stAttr.items_cnt, 65);
+    EXPECT_EQ(stAttr.item[1], 5);
+    range(0, 34, IspSimulator::ERR_NOT_DYNAMIC); // only channel 1 got it
+    EXPECT_FALSE(sim().setDynamicCommands(4, {}));
+    EXPECT_FALSE(sim().setAttribute(-3, 34, stHuge));
+}
+
+TEST_F(IspTest, ProfileTextSetsValuesPerChannel) {
+    std::string strError;
+    ASSERT_TRUE(sim().loadProfileText(kTwoChannelProfile, &strError)) << strError;
+    EXPECT_EQ(sim().profileName(), "dual");
+    // Nothing is left of the built-in profile (2337); level 10 is below the night
+    // threshold, channel 1 is bright; a list's first item is its default.
+    EXPECT_EQ(values({{0, 34}, {1, 34}, {0, 2337}, {0, 153}, {1, 153}, {0, 2368}}),
+              "60 40 0 1 0 1");
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(sim().getRecord(1, 2496).data())),
+              "LENS 2.3");
+    EXPECT_EQ(dynamicList(0), std::vector<uint32_t>{2368});
+    EXPECT_EQ(dynamicList(1), std::vector<uint32_t>{16}); // channel 1's list replaces it
+    EXPECT_EQ(correct(1, 16, 12), 9);
+}
+
+TEST_F(IspTest, BrokenProfilesAreRefusedAndChangeNothing) {
+    const std::pair<std::string, std::string> arrCases[] = {
+        {"<SensorProfile><Command id=\"34\"", "XML error"},
+        {"<Profile/>", "root element"},
+        {wrap("<Comand id=\"34\" value=\"1\"/>"), "unknown element"},
+        {wrap("<Command id=\"34\" value=\"1\" colour=\"red\"/>"), "unknown attribute"},
+        {wrap("<Command id=\"34\"/>"), "\"value\" is missing"},
+        {wrap("<Command id=\"34\" value=\"5x\"/>"), "not a number"},
+        {wrap("<Command id=\"34\" value=\"2147483648\"/>"), "not a number"},
+        {wrap("<Command id=\"34\" value=\"1\"/><Command id=\"34\" value=\"2\"/>"), "twice"},
+        {wrap("<Command id=\"145\" value=\"1\"/>"), "carries a record"},
+        {wrap("<Record id=\"145\" words=\"1 2 3 4\"/>"), "do not fit"},
+        {wrap("<Record id=\"2496\" text=\"a\" bytes=\"1\"/>"), "exactly one"},
+        {wrap("<Dynamic id=\"16\" type=\"0\"/>"), "at least one"},
+        {wrap("<Dynamic id=\"16\" type=\"0\" default=\"2\"><Item value=\"1\"/></Dynamic>"),
+         "not one of the items"},
+        {wrap("<Dynamic id=\"16\" type=\"1\" min=\"5\" max=\"1\"/>"), "min <= default <= max"},
+        {manyDynamics(17, false), "more than 16"},
+        {manyDynamics(65, true), "more than 64"},
+        {wrap("<DayNight dayThreshold=\"30\" nightThreshold=\"30\"/>"), "must be above"},
+        {wrap("<Channel index=\"4\"/>"), "not a number in 0..3"},
+        {wrap("<Channel index=\"1\"><Channel index=\"2\"/></Channel>"), "unknown element"},
+    };
+    ASSERT_EQ(set(0, 34, 77), 0);
+    for (const auto& [strXml, strExpected] : arrCases) {
+        std::string strError;
+        EXPECT_FALSE(sim().loadProfileText(strXml, &strError)) << strXml;
+        EXPECT_NE(strError.find(strExpected), std::string::npos) << strError;
+    }
+    EXPECT_EQ(get(0, 34), 77);
+    EXPECT_EQ(sim().profileName(), "builtin");
+    EXPECT_TRUE(sim().loadProfileText(manyDynamics(16, false)));
+    EXPECT_TRUE(sim().loadProfileText(manyDynamics(64, true)));
+}
+
+TEST_F(IspTest, ProfileFilesAndTheEnvironmentChooseTheSensor) {
+    sensortest::TempDeviceRoot objRoot;
+    objRoot.writeFile("/profiles/dual.xml", kTwoChannelProfile);
+    objRoot.writeFile("/profiles/broken.xml", "<SensorProfile>");
+    const std::string strGood = objRoot.hostPath("/profiles/dual.xml");
+    const std::string strBroken = objRoot.hostPath("/profiles/broken.xml");
+    std::string strError;
+    EXPECT_FALSE(sim().loadProfile(objRoot.hostPath("/profiles/missing.xml"), &strError));
+    EXPECT_NE(strError.find("cannot open"), std::string::npos) << strError;
+    EXPECT_FALSE(sim().loadProfile(strBroken, &strError));
+    EXPECT_NE(strError.find(strBroken), std::string::npos) << strError;
+    ASSERT_TRUE(sim().loadProfile(strGood, &strError)) << strError;
+    EXPECT_EQ(get(1, 34), 40);
+    // A simulator made afterwards starts from SENSOR_ISP_PROFILE; a broken one
+    // falls back to the built-in sensor.
+    ASSERT_EQ(setenv("SENSOR_ISP_PROFILE", strGood.c_str(), 1), 0);
+    const IspSimulator objFromEnv;
+    ASSERT_EQ(setenv("SENSOR_ISP_PROFILE", strBroken.c_str(), 1), 0);
+    const IspSimulator objFallback;
+    unsetenv("SENSOR_ISP_PROFILE");
+    EXPECT_EQ(objFromEnv.getValue(1, 34), 40);
+    EXPECT_EQ(objFallback.profileName(), "builtin");
+}
+
+TEST_F(IspTest, DayNightStateFollowsTheLightWithHysteresis) {
+    // Built-in thresholds: night at 30 or below, day at 60 or above.
+    const std::pair<int32_t, int32_t> arrSteps[] = {{45, 0}, {31, 0}, {30, 1},   {45, 1},  {59, 1},
+                                                    {60, 0}, {45, 0}, {-100, 1}, {1000, 0}};
+    for (const auto& [nLevel, nState] : arrSteps) {
+        ASSERT_TRUE(sim().setLightLevel(0, nLevel));
+        EXPECT_EQ(get(0, 153), nState) << nLevel;
+    }
+    // Forcing the state holds until the light crosses a threshold.
+    ASSERT_EQ(set(0, 153, 1), 0);
+    ASSERT_TRUE(sim().setLightLevel(0, 45));
+    EXPECT_EQ(get(0, 153), 1);
+    ASSERT_TRUE(sim().setLightLevel(0, 70));
+    EXPECT_EQ(get(0, 153), 0);
+    // Per channel, or every channel at once.
+    ASSERT_TRUE(sim().setLightLevel(1, 10));
+    EXPECT_EQ(values({{1, 153}, {2, 153}}), "1 0");
+    ASSERT_TRUE(sim().setLightLevel(-1, 0));
+    EXPECT_EQ(get(3, 153), 1);
+    EXPECT_FALSE(sim().setLightLevel(isp::kChannelCount, 0));
+}

@@ -1,0 +1,314 @@
+// The device root and what works under it: removal commands, the host file
+// class with its all-or-nothing replacement, and the rotating error log.
+#include "platform/DeviceRoot.h"
+#include "platform/VXFile.h"
+#include "platform/VXLogger.h"
+#include "platform/sy_system.h"
+
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <regex>
+#include <set>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using sensortest::TempDeviceRoot;
+namespace fs = std::filesystem;
+
+constexpr const char* kCfg = "/mnt/mtd/code/config_file/sensor1_0.cfg";
+constexpr const char* kLog = "/mnt/mtd/log/SensorError.log";
+constexpr const char* kEnv = "SENSOR_DEVICE_ROOT";
+
+// Sets or clears $SENSOR_DEVICE_ROOT for one scope and puts the old value back.
+class EnvRoot {
+public:
+    explicit EnvRoot(const char* value) {
+        if (const char* old = std::getenv(kEnv)) {
+            m_old = old;
+        }
+        put(value);
+    }
+    ~EnvRoot() { put(m_old ? m_old->c_str() : nullptr); }
+
+private:
+    static void put(const char* value) { value ? ::setenv(kEnv, value, 1) : ::unsetenv(kEnv); }
+    std::optional<std::string> m_old;
+};
+
+// One character per file: '1' still there, '0' removed.
+std::string present(const TempDeviceRoot& root, const std::vector<std::string>& files) {
+    std::string out;
+    for (const std::string& file : files) {
+        out += root.exists(file) ? '1' : '0';
+    }
+    return out;
+}
+
+// Files in the directory; hidden ones (temporaries) only when asked for.
+int filesIn(const std::string& dir, bool hidden = false) {
+    int n = 0;
+    for (const auto& entry : fs::directory_iterator(dir)) {
+        n += hidden || entry.path().filename().string().front() != '.';
+    }
+    return n;
+}
+
+// A child process opens kCfg for replacement, writes, then is killed or leaves
+// without running destructors, before close(); returns its wait status.
+int writerDiesBeforeClose(bool kill) {
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        VXFile file;
+        const bool opened = file.open(kCfg, VXFile::modeWrite | VXFile::modeTruncate);
+        file.write("NEW-CONTENT-THAT-NEVER-LANDS", 28);
+        if (kill) {
+            ::raise(SIGKILL);
+        }
+        ::_exit(opened ? 0 : 3);
+    }
+    int status = -1;
+    ::waitpid(pid, &status, 0);
+    return status;
+}
+
+// Every line of the log and its older generations, oldest file first.
+std::vector<std::string> allLines(const TempDeviceRoot& root, int count) {
+    std::vector<std::string> lines;
+    for (int n = count; n >= 0; --n) {
+        std::ifstream in(root.hostPath(kLog) + (n ? "." + std::to_string(n) : ""));
+        for (std::string line; std::getline(in, line);) {
+            lines.push_back(line);
+        }
+    }
+    return lines;
+}
+
+} // namespace
+
+TEST(DeviceRoot, ProgramRootWinsOverTheEnvironment) {
+    EnvRoot env("/env/root/");
+    EXPECT_EQ("/env/root", DeviceRoot::get());
+    EXPECT_EQ("/env/root/tmp/Debug.sign", DeviceRoot::resolve("/tmp/Debug.sign"));
+    {
+        TempDeviceRoot root;
+        EXPECT_EQ(root.path(), DeviceRoot::get());
+        EXPECT_EQ(root.path() + "/hd1/x.xml", DeviceRoot::resolve("/hd1/x.xml"));
+        {
+            TempDeviceRoot inner;
+            EXPECT_EQ(inner.path(), DeviceRoot::get());
+        }
+        EXPECT_EQ(root.path(), DeviceRoot::get()) << "the outer root comes back";
+    }
+    EXPECT_EQ("/env/root", DeviceRoot::get()) << "clearing the program root";
+    EnvRoot none(nullptr);
+    EXPECT_EQ("/mnt/mtd/log/SensorError.log", DeviceRoot::resolve("/mnt/mtd/log/SensorError.log"));
+}
+
+TEST(DeviceRoot, FilesAndLogsLandUnderTheRootOnly) {
+    TempDeviceRoot root;
+    const std::string name = "/mnt/mtd/code/config_file/probe-" + std::to_string(::getpid());
+    {
+        VXFile file;
+        ASSERT_TRUE(file.open((name + ".cfg").c_str(), VXFile::modeWrite | VXFile::modeTruncate));
+        EXPECT_EQ(5, file.write("hello", 5));
+        EXPECT_EQ(5, file.getLength());
+        EXPECT_EQ(-1, file.read(nullptr, 0)) << "not open for reading";
+        EXPECT_TRUE(file.close());
+    }
+    VXLogger logger;
+    ASSERT_TRUE(logger.init(name + ".log", 10240, 3));
+    logger.writeLog("[t]", "x");
+    EXPECT_EQ("hello", root.readFile(name + ".cfg"));
+    EXPECT_TRUE(root.exists(name + ".log"));
+    EXPECT_FALSE(fs::exists(name + ".cfg") || fs::exists(name + ".log"));
+
+    VXFile file; // reading back is what every parameter-file test does
+    ASSERT_TRUE(file.open((name + ".cfg").c_str()));
+    EXPECT_EQ(-1, file.write("x", 1)) << "not open for writing";
+}
+
+TEST(SySystem, RemovesExactlyWhatThePatternMatches) {
+    TempDeviceRoot root;
+    std::vector<std::string> files;
+    for (const char* name :
+         {"config_file/sensor1_0", "config_file/sensor1_3", "config_old/sensor1_1",
+          "config_file/sensor1_4", "config_file/sensor2_0", "config_file/snsversion",
+          "factory_setting/sensor1_2", "config_file/sensor-thermal0",
+          "config_file/sensor-thermal3"}) {
+        files.push_back(std::string("/mnt/mtd/code/") + name + ".cfg");
+        root.writeFile(files.back(), "x");
+    }
+    EXPECT_EQ(0, sy_system("rm -rf /mnt/mtd/code/config*/sensor1_[0-3].cfg", 30));
+    EXPECT_EQ("000111111", present(root, files));
+    EXPECT_EQ(0, sy_system("rm /mnt/mtd/code/config_file/sensor-thermal*", 30));
+    EXPECT_EQ("000111100", present(root, files));
+    // No match fails only without force; a matching directory is not removed.
+    EXPECT_EQ(0, sy_system("rm -f /mnt/mtd/code/config_file/sensor9_*.cfg", 30));
+    EXPECT_EQ(1, sy_system("rm /mnt/mtd/code/config_file/sensor9_*.cfg", 30));
+    root.writeFile("/mnt/mtd/code/config_file/sub.cfg/keep", "x");
+    EXPECT_EQ(1, sy_system("rm -rf /mnt/mtd/code/config_file/*.cfg", 30)) << "a directory";
+    EXPECT_TRUE(root.exists("/mnt/mtd/code/config_file/sub.cfg/keep"));
+}
+
+TEST(SySystem, RefusedCommandsRemoveNothing) {
+    TempDeviceRoot root;
+    root.writeFile("/mnt/a.cfg", "x");
+    for (const char* cmd :
+         {"ls /mnt/a.cfg", "rm", "rm -f", "rm -x /mnt/a.cfg", "rm -f mnt/a.cfg",
+          "rm -f /mnt/../mnt/a.cfg", "rm -f /mnt/a.cfg; rm -f /mnt/a.cfg",
+          "rm -f /mnt/a.cfg && true", "rm -f $HOME/mnt/a.cfg", "rm -f `x` /mnt/a.cfg",
+          "rm -f '/mnt/a.cfg'", "rm -f /mnt/a.cfg\nrm /x", "rmdir /mnt/a.cfg"}) {
+        EXPECT_EQ(-1, sy_system(cmd, 30)) << cmd;
+        EXPECT_TRUE(root.exists("/mnt/a.cfg")) << cmd;
+    }
+    EXPECT_EQ(-1, sy_system(nullptr, 30));
+}
+
+TEST(SySystem, NeverReachesOutsideTheRoot) {
+    TempDeviceRoot outside; // a second directory standing for the host's files
+    outside.writeFile("/victim.cfg", "keep");
+    TempDeviceRoot root;
+    outside.writeFile(kCfg, "keep");
+    root.writeFile(kCfg, "x");
+    fs::create_symlink(outside.path(), root.hostPath("/mnt/escape"));
+    EXPECT_EQ(0, sy_system("rm -f /mnt/mtd/code/config_file/sensor1_0.cfg", 30));
+    EXPECT_FALSE(root.exists(kCfg));
+    EXPECT_TRUE(outside.exists(kCfg));
+    EXPECT_EQ(1, sy_system("rm -f /mnt/escape/*.cfg", 30)) << "through a link to outside";
+    EXPECT_EQ("keep", outside.readFile("/victim.cfg"));
+}
+
+TEST(VXFile, FailedOpenLeavesAnInertObject) {
+    TempDeviceRoot root;
+    VXFile file;
+    EXPECT_FALSE(file.open("/mnt/mtd/missing.cfg"));
+    EXPECT_EQ(0, file.getLength());
+    char buf[4];
+    EXPECT_EQ(-1, file.read(buf, sizeof buf));
+    EXPECT_EQ(-1, file.write("abc", 3));
+    EXPECT_FALSE(file.close());
+    EXPECT_EQ(nullptr, file.getFileHandle());
+    root.writeFile(kCfg, "old");
+    EXPECT_FALSE(file.open(kCfg, VXFile::modeWrite)) << "only read and write-truncate";
+    EXPECT_FALSE(file.open("/mnt/mtd/code", VXFile::modeRead)) << "a directory";
+    EXPECT_EQ("old", root.readFile(kCfg));
+}
+
+TEST(VXFile, ReplacementIsAllOrNothing) {
+    TempDeviceRoot root;
+    const std::string dir = root.hostPath("/mnt/mtd/code/config_file");
+    root.writeFile(kCfg, "OLD");
+    {
+        VXFile file;
+        ASSERT_TRUE(file.open(kCfg, VXFile::modeWrite | VXFile::modeTruncate));
+        file.write("NEWER", 5);
+        EXPECT_EQ("OLD", root.readFile(kCfg)) << "target untouched until close";
+    } // destruction commits
+    EXPECT_EQ("NEWER", root.readFile(kCfg));
+
+    VXFile abandoned;
+    ASSERT_TRUE(abandoned.open(kCfg, VXFile::modeWrite | VXFile::modeTruncate));
+    abandoned.write("HALF", 4);
+    abandoned.discard();
+    EXPECT_FALSE(abandoned.close()) << "nothing is left to commit";
+    EXPECT_EQ("NEWER", root.readFile(kCfg)) << "a discarded write keeps the old content";
+    EXPECT_EQ(1, filesIn(dir, true)) << "and leaves no temporary file behind";
+    ASSERT_TRUE(abandoned.open(kCfg));
+    EXPECT_EQ(5, abandoned.read(std::string(8, ' ').data(), 8)) << "open again for reading";
+    VXFile().discard(); // nothing open: nothing to do
+
+    EXPECT_TRUE(WIFSIGNALED(writerDiesBeforeClose(true)));
+    EXPECT_EQ("NEWER", root.readFile(kCfg)) << "writer killed between open and close";
+    EXPECT_EQ(0, writerDiesBeforeClose(false));
+    EXPECT_EQ("NEWER", root.readFile(kCfg)) << "writer gone without close";
+    EXPECT_EQ(1, filesIn(dir)) << "leftover temporaries stay out of parameter-file patterns";
+}
+
+TEST(VXFile, ReadsLinesWithEitherEnding) {
+    TempDeviceRoot root;
+    root.writeFile("/tmp/Debug.sign", "6\r\n1\n\nlast");
+    VXFile file;
+    ASSERT_TRUE(file.open("/tmp/Debug.sign"));
+    EXPECT_EQ("6", file.ReadOneLine(file.getFileHandle()));
+    EXPECT_EQ("1", file.ReadOneLine(file.getFileHandle()));
+    EXPECT_EQ((std::vector<std::string>{"", "last"}), file.ReadLines());
+    EXPECT_EQ("", file.ReadOneLine(file.getFileHandle())) << "end of file";
+    EXPECT_EQ("", file.ReadOneLine(nullptr));
+    EXPECT_TRUE(file.close());
+    EXPECT_TRUE(file.ReadLines().empty());
+}
+
+TEST(VXLogger, AppendsTaggedLinesUnderTheRoot) {
+    TempDeviceRoot root;
+    VXLogger logger;
+    EXPECT_EQ(-1, logger.writeLog("[sensor warn]", "before init"));
+    ASSERT_TRUE(logger.init(kLog, 10240, 3));
+    EXPECT_EQ(16, logger.writeLog("[sensor warn]", "a\n")) << "no second line end";
+    logger.writeLog("[sensor assert]", "b");
+    logger.writeLog("[sensor assert]", "");
+    EXPECT_EQ("[sensor warn] a\n[sensor assert] b\n[sensor assert] \n", root.readFile(kLog));
+}
+
+TEST(VXLogger, RotatesAndKeepsCountOlderFiles) {
+    TempDeviceRoot root;
+    VXLogger logger;
+    ASSERT_TRUE(logger.init(kLog, 100, 2));
+    for (int i = 0; i < 40; ++i) {
+        logger.writeLog("[t]", "line " + std::to_string(i) + " of the rotation test");
+    }
+    EXPECT_TRUE(root.exists("/mnt/mtd/log/SensorError.log.2"));
+    EXPECT_FALSE(root.exists("/mnt/mtd/log/SensorError.log.3"));
+    // The kept lines are the newest ones, consecutive and in order.
+    const std::vector<std::string> kept = allLines(root, 2);
+    ASSERT_GE(kept.size(), 8u);
+    int expected = 40 - static_cast<int>(kept.size());
+    for (const std::string& line : kept) {
+        EXPECT_EQ("[t] line " + std::to_string(expected++) + " of the rotation test", line);
+    }
+    // Rotation follows the write that passed the limit: the current file never
+    // stays above it (and is absent right after a rotation).
+    std::error_code absent;
+    const auto size = fs::file_size(root.hostPath(kLog), absent);
+    EXPECT_TRUE(absent || size <= 100u);
+}
+
+// Two lines per file, so nearly every append rotates, and room for every line
+// across the kept generations: a lost or doubled rename shows as a missing or
+// repeated line. (Whole lines in order under shared loggers: hardening tests.)
+TEST(VXLogger, ConcurrentRotationLosesNoLine) {
+    TempDeviceRoot root;
+    std::vector<std::thread> workers;
+    for (int t = 0; t < 8; ++t) {
+        workers.emplace_back([t] {
+            for (int i = 0; i < 40; ++i) {
+                VXLogger logger; // a new logger per line, as the diagnostics do
+                ASSERT_TRUE(logger.init(kLog, 100, 400));
+                logger.writeLog("[sensor assert]", "thread " + std::to_string(t) + " line " +
+                                                       std::to_string(i) + " padding-padding");
+            }
+        });
+    }
+    for (std::thread& w : workers) {
+        w.join();
+    }
+    const std::vector<std::string> lines = allLines(root, 400);
+    EXPECT_EQ(320u, lines.size());
+    EXPECT_EQ(320u, std::set<std::string>(lines.begin(), lines.end()).size()) << "repeats";
+    const std::regex whole(R"(\[sensor assert\] thread \d+ line \d+ padding-padding)");
+    for (const std::string& line : lines) {
+        ASSERT_TRUE(std::regex_match(line, whole)) << "torn line: " << line;
+    }
+    EXPECT_TRUE(root.exists("/mnt/mtd/log/SensorError.log.1"));
+}

@@ -1,0 +1,284 @@
+// The framework thread and its replaceable clock, the callable wrapper and its
+// reference-counted pointer.
+#include "platform/GThread.h"
+#include "platform/RefCountManager.h"
+#include "platform/SafePointer.h"
+#include "platform/TavrinTime.h"
+#include "platform/VXClock.h"
+#include "platform/VXDeviceTime.h"
+#include "platform/VXRuntimeError.h"
+#include "platform/function.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+namespace {
+
+// Puts back the real clock whatever a test installed.
+class ClockTest : public testing::Test {
+protected:
+    void TearDown() override { installClock(nullptr); }
+};
+using GThreadTest = ClockTest;
+using VirtualClockTest = ClockTest;
+
+class PassCounter {
+public:
+    int pass() { return tick(TavrinTime(0, 1000)); }
+    int longPause() { return tick(TavrinTime(1, 0)); } // as the sensor thread's pass does
+    int started() { return ++m_nStarts; }
+    int ended() { return ++m_nEnds; }
+    int fail() { throw std::runtime_error("pass failed"); }
+    void waitFor(int n) const {
+        while (m_nPasses.load() < n) {
+            std::this_thread::yield();
+        }
+    }
+    std::atomic<int> m_nPasses{0};
+    std::atomic<int> m_nStarts{0};
+    std::atomic<int> m_nEnds{0};
+
+private:
+    int tick(TavrinTime pause) {
+        ++m_nPasses;
+        pause.wait();
+        return 0;
+    }
+};
+
+function<int> none() {
+    return function<int>(&GThread::emptyFun);
+}
+
+// A callable that records its destruction.
+class Probe : public function_obj_base<int> {
+public:
+    explicit Probe(std::atomic<int>& destroyed) : m_destroyed(destroyed) {}
+    ~Probe() override { ++m_destroyed; }
+    int operator()() override { return 42; }
+
+private:
+    std::atomic<int>& m_destroyed;
+};
+using CallablePtr = SafePointer<function_obj_base<int>>;
+
+int seven() {
+    return 7;
+}
+
+struct Counter {
+    int tick() { return ++m_nTicks; }
+    int m_nTicks = 0;
+};
+
+// The VXRuntimeError text of make() and what it printed, joined by '|'.
+template <typename Make> std::string report(Make make) {
+    testing::internal::CaptureStdout();
+    std::string what = "no exception";
+    try {
+        make();
+    } catch (const VXRuntimeError& e) {
+        what = e.what();
+    }
+    return what + "|" + testing::internal::GetCapturedStdout();
+}
+
+const std::string kNullReport = "SafePointer Report:17function_obj_baseIiE Construct from NULL ";
+
+} // namespace
+
+TEST_F(GThreadTest, RunsBodyRepeatedlyUntilStoppedAndRestarts) {
+    PassCounter counter;
+    GThread thread(function<int>(&counter, &PassCounter::pass), "PassThread",
+                   function<int>(&counter, &PassCounter::started),
+                   function<int>(&counter, &PassCounter::ended));
+    EXPECT_FALSE(thread.isRunning());
+    ASSERT_TRUE(thread.start());
+    EXPECT_FALSE(thread.start()) << "already running";
+    counter.waitFor(3);
+    EXPECT_TRUE(thread.stop());
+    const int afterStop = counter.m_nPasses.load();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(afterStop, counter.m_nPasses.load()) << "no pass after stop returned";
+    EXPECT_EQ(1, counter.m_nStarts.load());
+    EXPECT_EQ(1, counter.m_nEnds.load());
+    ASSERT_TRUE(thread.start());
+    counter.waitFor(afterStop + 2);
+    EXPECT_TRUE(thread.stop());
+    EXPECT_EQ(2, counter.m_nStarts.load());
+    EXPECT_EQ(2, counter.m_nEnds.load());
+    EXPECT_TRUE(thread.stop()) << "stopping a stopped thread is harmless";
+    ASSERT_TRUE(thread.start()); // left running: destruction must stop it
+}
+
+TEST_F(GThreadTest, StopWakesABodyPausingOnTheRealClock) {
+    PassCounter counter;
+    GThread thread(function<int>(&counter, &PassCounter::longPause), "SensorThread", none(),
+                   none());
+    ASSERT_TRUE(thread.start());
+    counter.waitFor(1); // now inside the one-second pause
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_TRUE(thread.stop());
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(900));
+    EXPECT_FALSE(thread.isRunning());
+    EXPECT_EQ(1, counter.m_nPasses.load()) << "joined: the pause ended the loop";
+}
+
+TEST_F(GThreadTest, ThrowingBodyEndsItsThreadOnly) {
+    PassCounter counter;
+    GThread thread(function<int>(&counter, &PassCounter::fail), "Failing", none(), none());
+    ASSERT_TRUE(thread.start());
+    while (thread.isRunning()) {
+        std::this_thread::yield();
+    }
+    EXPECT_TRUE(thread.stop());
+}
+
+TEST_F(VirtualClockTest, PausesCostNothingAndAdvanceTheTimeOfDay) {
+    auto clock = std::make_shared<VirtualClock>();
+    installClock(clock);
+    clock->setTimeOfDay(23, 59, 30);
+    const auto before = std::chrono::steady_clock::now();
+    for (int i = 0; i < 100; ++i) {
+        TavrinTime(1, 0).wait();
+    }
+    TavrinTime(0, 500000).wait();
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(5));
+    EXPECT_EQ(100500000LL, clock->elapsedUsec());
+    EXPECT_EQ(101, clock->waitCount());
+    const VXTime t = VXDeviceTime::getCurrentTime(); // 23:59:30 + 100.5 s, past midnight
+    EXPECT_EQ(std::make_tuple(2024, 1, 2, 0, 1, 10),
+              std::make_tuple(t.year, t.month, t.day, t.hour, t.minute, t.second));
+
+    // A thread's passes on the virtual clock take no real pauses.
+    PassCounter counter;
+    GThread thread(function<int>(&counter, &PassCounter::longPause), "Virtual", none(), none());
+    ASSERT_TRUE(thread.start());
+    counter.waitFor(50);
+    EXPECT_TRUE(thread.stop());
+    EXPECT_GE(clock->elapsedUsec(), 100500000LL + 49LL * 1000000);
+    EXPECT_EQ(101 + counter.m_nPasses.load(), clock->waitCount());
+    installClock(nullptr);
+    EXPECT_NE(clock, currentClock()) << "the real clock is back";
+}
+
+TEST_F(VirtualClockTest, SetsDateAndRefusesImpossibleTimes) {
+    VirtualClock clock;
+    clock.setTimeOfDay(8, 30);
+    clock.setDate(2024, 2, 29);
+    const VXTime t = clock.now();
+    EXPECT_EQ(std::make_tuple(29, 8, 30), std::make_tuple(t.day, t.hour, t.minute));
+    EXPECT_THROW(clock.setTimeOfDay(24, 0), std::out_of_range);
+    EXPECT_THROW(clock.setTimeOfDay(10, 60), std::out_of_range);
+    EXPECT_THROW(clock.setDate(2023, 2, 29), std::out_of_range);
+    clock.wait(-5, 0);
+    EXPECT_EQ(0, clock.elapsedUsec()) << "a negative pause is no pause";
+}
+
+TEST(SafePointer, NullPointersAreReportedAndThrown) {
+    EXPECT_EQ(kNullReport + "original pointer|" + kNullReport + "original pointer\n",
+              report([] { CallablePtr p(nullptr); }));
+    std::atomic<int> destroyed{0};
+    CallablePtr p(new Probe(destroyed));
+    p.dec_reference(); // the last holder lets go by hand
+    EXPECT_EQ(1, destroyed.load());
+    EXPECT_EQ(nullptr, p.get());
+    EXPECT_EQ(kNullReport + "<T>pointer|" + kNullReport + "<T>pointer\n",
+              report([&p] { CallablePtr copy(p); }));
+}
+
+TEST(SafePointer, LastHolderDestroysTheObjectOnce) {
+    std::atomic<int> destroyed{0};
+    const std::size_t liveBefore = RefCountManager::getInstance()->liveCount();
+    {
+        CallablePtr first(new Probe(destroyed));
+        EXPECT_EQ(liveBefore + 1, RefCountManager::getInstance()->liveCount());
+        {
+            CallablePtr second(first);
+            CallablePtr third(second);
+            EXPECT_EQ(first.get(), third.get());
+        }
+        EXPECT_EQ(0, destroyed.load()) << "copies gone, first still holds";
+        EXPECT_EQ(42, (*first)());
+    }
+    EXPECT_EQ(1, destroyed.load());
+    EXPECT_EQ(liveBefore, RefCountManager::getInstance()->liveCount()) << "count given back";
+
+    // Copies released on many threads still destroy once.
+    std::vector<std::thread> threads;
+    {
+        CallablePtr origin(new Probe(destroyed));
+        for (int t = 0; t < 8; ++t) {
+            threads.emplace_back([copy = origin]() mutable {
+                for (int i = 0; i < 500; ++i) {
+                    CallablePtr again(copy);
+                    CallablePtr another(again);
+                }
+            });
+        }
+    }
+    for (std::thread& t : threads) {
+        t.join();
+    }
+    EXPECT_EQ(2, destroyed.load());
+}
+
+TEST(SafePointer, AssignmentAndRewrappingKeepOneCountPerObject) {
+    std::atomic<int> destroyedA{0};
+    std::atomic<int> destroyedB{0};
+    auto* probeB = new Probe(destroyedB);
+    CallablePtr a(new Probe(destroyedA));
+    CallablePtr b(probeB);
+    a = b;
+    EXPECT_EQ(1, destroyedA.load()) << "assignment released the old object";
+    CallablePtr& alias = a;
+    a = alias;
+    {
+        CallablePtr again(probeB); // the same object wrapped anew joins its count
+    }
+    EXPECT_EQ(0, destroyedB.load());
+}
+
+TEST(RefCount, GoneObjectsRefuseNewReferences) {
+    int target = 0;
+    RefCountManager* manager = RefCountManager::getInstance();
+    ref_count* count = manager->retrieveRefCount(&target, "int");
+    ASSERT_EQ(0, count->lock());
+    EXPECT_EQ(&target, count->getPointer());
+    EXPECT_EQ(2, count->inc_reference());
+    EXPECT_EQ(1, count->dec_reference());
+    EXPECT_EQ(0, count->dec_reference()) << "last reference";
+    EXPECT_EQ(0, count->inc_reference()) << "object gone";
+    count->unLock();
+    manager->returnbackRefCount(count, "int");
+    EXPECT_NE(0, count->lock()) << "a returned count locks no more";
+}
+
+TEST(Function, PlainAndMemberCallablesSharedByCopies) {
+    function<int> f(&seven);
+    function<int> g(f);
+    EXPECT_EQ(7, f());
+    EXPECT_EQ(7, g());
+    EXPECT_EQ(f.callable().get(), g.callable().get());
+    EXPECT_THROW(function<int>(static_cast<int (*)()>(nullptr)), VXRuntimeError);
+
+    Counter counter;
+    function<int> m(&counter, &Counter::tick);
+    EXPECT_EQ(1, m());
+    EXPECT_EQ(2, m());
+    EXPECT_EQ(2, counter.m_nTicks);
+    // The spelled-out form: callable object, then SafePointer, then function.
+    using Bound = function_obj<int, bind_funcobj0<int, Counter>>;
+    function<int> s(CallablePtr(new Bound(bind_funcobj0<int, Counter>(&Counter::tick, &counter))));
+    EXPECT_EQ(3, s());
+    EXPECT_THROW(function<int>(static_cast<Counter*>(nullptr), &Counter::tick), VXRuntimeError);
+    const char* noText = nullptr;
+    EXPECT_STREQ("", VXRuntimeError(noText).what());
+}
