@@ -1,68 +1,37 @@
 #include "ChannelFixture.h"
 
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <algorithm>
 
-#include "platform/MachineInfo.h"
-#include "platform/ModuleConfigureParser.h"
-#include "platform/SystemInfoParser.h"
+#include "config/SensorFile.h"
 
 namespace sensortest {
 
-namespace fs = std::filesystem;
+namespace {
 
-int NoticeRecorder::notifyParamChange(int channel, int key, int value) const {
-    std::lock_guard<std::mutex> objGuard(m_mutex);
-    m_vecNotices.push_back({channel, key, value});
-    return 0;
-}
+constexpr const char* kMiniStyle = R"(<Style><Tab key="scheme">
+<Control id="8000" value="0"><Item index="0"/><Item index="1"/><Item index="2"/></Control>
+<Control id="8001" value="0"/><Control id="8002" value="0"/>
+<Control id="8003" value="24"/><Control id="8004" value="0"/></Tab>
+<Tab key="image"><Control id="34" value="50"/><Control id="2337" value="128"/>
+<Control id="144" value="0"/>
+<Control id="49" value="100"><Item index="3"/><Item index="6"/><Item index="12"/></Control>
+<Control id="161" value="1"/><Control id="163" value="10"/><Control id="96" value="0"/>
+<Control id="51" value="5"/></Tab></Style>)";
 
-int NoticeRecorder::getAVStreamParams(std::vector<AVStreamParam>& out) const {
+// One entry that never applies.
+constexpr const char* kMiniDiversity =
+    R"(<Entry max_scheme="99"><Delete tab_key="image"><Tab key="image"/></Delete></Entry>)";
+
+} // namespace
+
+int AcceptingVideo::getAVStreamParams(std::vector<AVStreamParam>& out) const {
     out.clear();
     return 0;
 }
 
-int NoticeRecorder::getLimitedFramesWDRModeParam(int, LimitedFramesWDRModeParam& out) const {
+int AcceptingVideo::getLimitedFramesWDRModeParam(int, LimitedFramesWDRModeParam& out) const {
     out = LimitedFramesWDRModeParam();
-    out.setLimitFramesModeId(1);
     return 0;
-}
-
-std::vector<NoticeRecorder::Notice> NoticeRecorder::notices() const {
-    std::lock_guard<std::mutex> objGuard(m_mutex);
-    return m_vecNotices;
-}
-
-std::string MiniStyle::style() {
-    return R"(<?xml version="1.0" encoding="UTF-8"?>
-<Style>
-  <Tab key="scheme">
-    <Control id="8000" value="0"><Item index="0"/><Item index="1"/><Item index="2"/></Control>
-    <Control id="8001" value="0"/>
-    <Control id="8002" value="0"/>
-    <Control id="8003" value="24"/>
-    <Control id="8004" value="0"/>
-  </Tab>
-  <Tab key="image">
-    <Control id="34" value="50"/>
-    <Control id="2337" value="128"/>
-    <Control id="144" value="0"/>
-    <Control id="49" value="100"><Item index="3"/><Item index="6"/><Item index="12"/></Control>
-    <Control id="161" value="1"/>
-    <Control id="163" value="10"/>
-    <Control id="96" value="0"/>
-    <Control id="51" value="5"/>
-  </Tab>
-</Style>
-)";
-}
-
-std::string MiniStyle::diversity() {
-    return R"(<?xml version="1.0" encoding="UTF-8"?>
-<Entry max_scheme="99"><Delete tab_key="image"><Tab key="image"/></Delete></Entry>
-)";
 }
 
 ChannelTest::ChannelTest()
@@ -79,58 +48,44 @@ ChannelTest::~ChannelTest() {
     installClock(nullptr);
 }
 
-void ChannelTest::useSampleDevice(const std::string& p_strName) {
-    const fs::path src = fs::path(sourceDir()) / "devices" / p_strName;
-    fs::copy(src, m_objRoot.path(),
-             fs::copy_options::recursive | fs::copy_options::overwrite_existing);
-    const fs::path profile = src / "isp_profile.xml";
-    if (fs::exists(profile)) {
-        std::string strError;
-        ASSERT_TRUE(m_objIsp.loadProfile(profile.string(), &strError)) << strError;
-    }
-}
-
 void ChannelTest::useMiniDevice(int p_nType, const std::string& p_strDetail) {
-    // The mini style's values stand as written: no dynamic commands.
-    m_objIsp.setDynamicCommands(-1, {});
-    std::ostringstream ini;
-    ini << "[device]\ntype = " << p_nType << "\nhardware_model = SIM\nhardware_code = MINI\n";
-    m_objRoot.writeFile("/mnt/mtd/code/factory_setting/machineinfo.ini", ini.str());
+    m_strDetail = p_strDetail;
+    m_objIsp.setDynamicCommands(-1, {}); // the mini style's values stand as written
+    m_objRoot.writeFile("/mnt/mtd/code/factory_setting/machineinfo.ini",
+                        "[device]\ntype = " + std::to_string(p_nType) +
+                            "\nhardware_model = SIM\nhardware_code = MINI\n");
     m_objRoot.writeFile("/hd1/moduleConfig/moduleConfig.xml",
-                        "<ModuleConfig><Module id=\"7\" hardware_model=\"SIM\" "
-                        "hardware_code=\"MINI\" detail=\"" +
+                        "<ModuleConfig><Module id=\"7\" hardware_model=\"SIM\" hardware_code="
+                        "\"MINI\" detail=\"" +
                             p_strDetail + "\" parameters=\"p\"/></ModuleConfig>");
-    for (const char* szSuffix : {"", "_dome", "_Thermal"}) {
-        m_objRoot.writeFile(std::string("/hd1/moduleConfig/sensorConfig/style/Style") + szSuffix +
-                                ".xml",
-                            MiniStyle::style());
-        m_objRoot.writeFile(std::string("/hd1/moduleConfig/sensorConfig/styleDiversity/"
-                                        "StyleDiversity") +
-                                szSuffix + ".xml",
-                            MiniStyle::diversity());
+    const std::string strDir = "/hd1/moduleConfig/sensorConfig/";
+    for (const std::string strSuffix : {"", "_dome", "_Thermal"}) {
+        m_objRoot.writeFile(strDir + "style/Style" + strSuffix + ".xml", kMiniStyle);
+        m_objRoot.writeFile(strDir + "styleDiversity/StyleDiversity" + strSuffix + ".xml",
+                            kMiniDiversity);
     }
-}
-
-void ChannelTest::setDebugLevel(const std::string& p_strMarker) {
-    m_objRoot.writeFile("/tmp/Debug.sign", p_strMarker);
 }
 
 ISensorController& ChannelTest::bringUp(int p_nChannel) {
-    MachineInfo objMachine;
-    SystemInfoParser::parseMachineInfo("/mnt/mtd/code/factory_setting/machineinfo.ini", objMachine);
-    std::vector<ModuleConfigure> vecModules;
-    ModuleConfigureParser::parse(ModuleConfigureParser::kDevicePath, objMachine.getHardwareModel(),
-                                 objMachine.getHardwareCode(), vecModules);
-    EXPECT_FALSE(vecModules.empty()) << "the device's module configuration matches its machine";
-    const size_t nIndex = std::min<size_t>(static_cast<size_t>(p_nChannel - 1),
-                                           vecModules.empty() ? 0 : vecModules.size() - 1);
-    const ModuleConfigure objModule = vecModules.empty() ? ModuleConfigure() : vecModules[nIndex];
-
+    ModuleConfigure objModule; // as the device's module configuration file describes it
+    objModule.setModuleId(7);
+    objModule.setDetail(m_strDetail);
+    objModule.setParameters("p");
     m_pController = std::make_unique<ISensorController>();
     m_pController->setChannelID(p_nChannel);
     m_pController->setVideoStreamModule(&m_objVideo);
     m_pController->init(objModule);
     return *m_pController;
+}
+
+ISensorController& ChannelTest::upMini(int p_nType, const std::string& p_strDetail,
+                                       int p_nChannel) {
+    takeDown();
+    useMiniDevice(p_nType, p_strDetail);
+    ISensorController& c = bringUp(p_nChannel);
+    Access::stopThread(c);
+    m_objIsp.clearLog();
+    return c;
 }
 
 void ChannelTest::takeDown() {
@@ -140,43 +95,32 @@ void ChannelTest::takeDown() {
     }
 }
 
-std::string ChannelTest::schemeFile(int p_nCamera, int p_nScheme) const {
+std::string ChannelTest::schemeFile(int p_nCamera, int p_nScheme) {
     return "/mnt/mtd/code/config_file/sensor" + std::to_string(p_nCamera) + "_" +
            std::to_string(p_nScheme) + ".cfg";
 }
 
 std::vector<KeyVal> ChannelTest::readSet(const std::string& p_strDevicePath) const {
-    const std::string strBytes = m_objRoot.readFile(p_strDevicePath);
-    std::vector<KeyVal> vecSet(strBytes.size() / 8);
-    for (size_t i = 0; i < vecSet.size(); ++i) {
-        const auto* p = reinterpret_cast<const unsigned char*>(strBytes.data() + 8 * i);
-        vecSet[i].key = p[0] | p[1] << 8 | p[2] << 16 | static_cast<u32>(p[3]) << 24;
-        vecSet[i].value = p[4] | p[5] << 8 | p[6] << 16 | static_cast<u32>(p[7]) << 24;
-    }
+    std::vector<KeyVal> vecSet(m_objRoot.readFile(p_strDevicePath).size() / sizeof(KeyVal));
+    EXPECT_EQ(SNS_SUCCESS, keyValFromFile(p_strDevicePath.c_str(), vecSet.data(), vecSet.size()));
     return vecSet;
 }
 
 void ChannelTest::writeSet(const std::string& p_strDevicePath,
                            const std::vector<KeyVal>& p_vecSet) const {
-    std::string strBytes;
-    for (const KeyVal& st : p_vecSet) {
-        for (u32 w : {st.key, st.value}) {
-            for (int b = 0; b < 4; ++b) {
-                strBytes.push_back(static_cast<char>((w >> (8 * b)) & 0xff));
-            }
-        }
-    }
-    m_objRoot.writeFile(p_strDevicePath, strBytes);
+    EXPECT_EQ(SNS_SUCCESS, keyValToFile(p_strDevicePath.c_str(), p_vecSet.data(), p_vecSet.size()));
 }
 
 u32 ChannelTest::valueOf(const std::vector<KeyVal>& p_vecSet, u32 p_nKey) {
-    for (const KeyVal& st : p_vecSet) {
-        if (st.key == p_nKey) {
-            return st.value;
-        }
-    }
-    ADD_FAILURE() << "key " << p_nKey << " not in the set";
-    return 0;
+    const auto it = std::find_if(p_vecSet.begin(), p_vecSet.end(),
+                                 [p_nKey](const KeyVal& st) { return st.key == p_nKey; });
+    EXPECT_NE(p_vecSet.end(), it) << "key " << p_nKey << " not in the set";
+    return it == p_vecSet.end() ? 0 : it->value;
+}
+
+std::optional<int> ChannelTest::param(u32 p_nKey) const {
+    int nValue = -7;
+    return m_pController->getParameter(p_nKey, nValue) ? std::optional<int>(nValue) : std::nullopt;
 }
 
 std::vector<int32_t> ChannelTest::setsOf(uint32_t p_nCmd, int p_nChannel) const {
@@ -189,9 +133,16 @@ std::vector<int32_t> ChannelTest::setsOf(uint32_t p_nCmd, int p_nChannel) const 
     return vecValues;
 }
 
-std::string ChannelTest::errorLog() const {
-    const std::string strPath = "/mnt/mtd/log/SensorError.log";
-    return m_objRoot.exists(strPath) ? m_objRoot.readFile(strPath) : std::string();
+ia_dynamic_params_attr_st ChannelTest::attr(int32_t p_nType, int32_t p_nDefault,
+                                            const std::vector<int32_t>& p_vecItems) {
+    ia_dynamic_params_attr_st stAttr{};
+    stAttr.param_type = p_nType;
+    stAttr.default_val = p_nDefault;
+    stAttr.min_val = 1;
+    stAttr.max_val = 100;
+    stAttr.items_cnt = static_cast<int32_t>(p_vecItems.size());
+    std::copy(p_vecItems.begin(), p_vecItems.end(), stAttr.item);
+    return stAttr;
 }
 
 } // namespace sensortest

@@ -1,47 +1,34 @@
-// A channel brought up end to end on a temporary device root, with the virtual
-// clock and the ISP simulator.
+// A channel brought up end to end on a temporary root, virtual clock and ISP simulator.
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <map>
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "common/SensorTypes.h"
+#include "common/SensorKeys.h"
 #include "controller/ISensorController.h"
 #include "isp/IspSimulator.h"
 #include "platform/VXClock.h"
 #include "platform/VideoStreamModule.h"
+#include "support/ControllerTestAccess.h"
 #include "support/TestSupport.h"
 
 namespace sensortest {
 
-// A video module that accepts everything and remembers what it was told.
-class NoticeRecorder : public VideoStreamModule {
+using Access = ISensorControllerTestAccess;
+using ::testing::HasSubstr;
+
+// A host video module that accepts every notice and reports no limits.
+class AcceptingVideo : public VideoStreamModule {
 public:
-    struct Notice {
-        int channel;
-        int key;
-        int value;
-    };
-    int notifyParamChange(int channel, int key, int value) const override;
+    int notifyParamChange(int, int, int) const override { return 0; }
     bool isBusy() const override { return false; }
     int getAVStreamParams(std::vector<AVStreamParam>& out) const override;
-    int getLimitedFramesWDRModeParam(int channel, LimitedFramesWDRModeParam& out) const override;
-    std::vector<Notice> notices() const;
-
-private:
-    mutable std::mutex m_mutex;
-    mutable std::vector<Notice> m_vecNotices;
-};
-
-// The keys and defaults of the small style the mini devices use.
-struct MiniStyle {
-    static std::string style();     // scheme tab first, then an image tab
-    static std::string diversity(); // one entry that never applies
+    int getLimitedFramesWDRModeParam(int, LimitedFramesWDRModeParam& out) const override;
 };
 
 class ChannelTest : public ::testing::Test {
@@ -49,30 +36,39 @@ protected:
     ChannelTest();
     ~ChannelTest() override;
 
-    // Copies a sample device from devices/ into the root.
-    void useSampleDevice(const std::string& p_strName);
-    // A device of the given type whose style is MiniStyle.
+    // A device of this type whose styles hold 13 keys: 8000..8004, then an image tab.
     void useMiniDevice(int p_nType, const std::string& p_strDetail);
-    void setDebugLevel(const std::string& p_strMarker);
-
-    // Constructs, sets the channel and the video module, and runs init with
-    // the module configuration the device's files describe.
+    // Constructs, sets the channel and the video module, and runs init.
     ISensorController& bringUp(int p_nChannel = 1);
+    // A mini device up with its thread stopped (the test runs the passes) and the log empty.
+    ISensorController& upMini(int p_nType = 1, const std::string& p_strDetail = "(max_scheme=2)",
+                              int p_nChannel = 1);
     void takeDown();
 
-    std::string schemeFile(int p_nCamera, int p_nScheme) const;
+    static std::string schemeFile(int p_nCamera, int p_nScheme);
     std::vector<KeyVal> readSet(const std::string& p_strDevicePath) const;
     void writeSet(const std::string& p_strDevicePath, const std::vector<KeyVal>& p_vecSet) const;
     static u32 valueOf(const std::vector<KeyVal>& p_vecSet, u32 p_nKey);
+    // What a getter reads into a value starting as p_start; nullopt when it fails.
+    template <typename T>
+    std::optional<T> read(bool (ISensorController::*p_pGet)(T&), T p_start = T(-7)) const {
+        T value = p_start;
+        return (m_pController.get()->*p_pGet)(value) ? std::optional<T>(value) : std::nullopt;
+    }
+    // The current channel's value of a key, as getParameter answers it.
+    std::optional<int> param(u32 p_nKey) const;
     // ISP SET calls of a command on a channel, in order, as values.
     std::vector<int32_t> setsOf(uint32_t p_nCmd, int p_nChannel = 0) const;
-    std::string errorLog() const;
+    // An attribute record listing p_vecItems (param_type 0) or a plain range (1).
+    static ia_dynamic_params_attr_st attr(int32_t p_nType, int32_t p_nDefault,
+                                          const std::vector<int32_t>& p_vecItems);
 
     TempDeviceRoot m_objRoot;
     std::shared_ptr<VirtualClock> m_pClock;
-    NoticeRecorder m_objVideo;
+    AcceptingVideo m_objVideo;
     std::unique_ptr<ISensorController> m_pController;
     IspSimulator& m_objIsp;
+    std::string m_strDetail; // of the mini device
 };
 
 } // namespace sensortest

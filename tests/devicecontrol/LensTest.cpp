@@ -1,196 +1,141 @@
-// Zoom, focus and iris: the zoom ratio from the breakpoints, the iris clamps,
-// the lens and lock rules, and the lens module's version text.
+// Zoom ratio, iris clamps, lens and lock rules, and the lens module's version text.
 #include "DeviceControlFixture.h"
 
 #include <cstring>
+#include <tuple>
 
 namespace sensortest {
 
 namespace {
-constexpr uint32_t kExposeMode = 16;
-constexpr uint32_t kIrisPosition = 82;
-constexpr uint32_t kIrisUp = 83;
-constexpr uint32_t kIrisDown = 84;
+constexpr uint32_t kExpose = 16;
+constexpr uint32_t kIris = 82;
 constexpr uint32_t kFocusMode = 1536;
-constexpr uint32_t kFocusPosition = 1552;
-constexpr uint32_t kFocusFar = 1554;
-constexpr uint32_t kZoomPosition = 1568;
-constexpr uint32_t kZoomIn = 1569;
-constexpr uint32_t kZoomOut = 1570;
-constexpr uint32_t kPtzRunState = 1632;
+constexpr uint32_t kZoom = 1568;
 constexpr uint32_t kVersion = 2496;
 constexpr int kUntouched = -7;
 } // namespace
 
-using LensTest = DeviceControlTest;
+class LensTest : public DeviceControlTest {
+protected:
+    // What getZoomValue answers, with the position and ratio it read into 77 and kUntouched.
+    std::tuple<bool, int, int> zoom() {
+        int nPos = 77, nRatio = kUntouched;
+        const bool bRead = m_pController->getZoomValue(nPos, nRatio);
+        return {bRead, nPos, nRatio};
+    }
+};
 
 TEST_F(LensTest, ZoomRatioFollowsTheBreakpoints) {
-    ISensorController& c = upMini();
-    const struct {
-        int nPos;
-        int nRatio;
-    } aCases[] = {{-5, 1000},     {0, 1000},      {16384, 1000},      {16385, 1001},
-                  {24576, 2000},  {26000, 2530},  {27264, 3000},      {30000, 7945},
-                  {31423, 15995}, {31424, 16000}, {31425, kUntouched}};
-    for (const auto& stCase : aCases) {
-        ASSERT_TRUE(m_objIsp.setValue(0, kZoomPosition, stCase.nPos));
-        int nPos = 0;
-        int nRatio = kUntouched;
-        EXPECT_TRUE(c.getZoomValue(nPos, nRatio)) << stCase.nPos;
-        EXPECT_EQ(stCase.nPos, nPos);
-        EXPECT_EQ(stCase.nRatio, nRatio) << "position " << stCase.nPos;
+    upDome();
+    const std::pair<int, int> aCases[] = {{-5, 1000},     {0, 1000},          {16384, 1000},
+                                          {16385, 1001},  {24576, 2000},      {26000, 2530},
+                                          {27264, 3000},  {30000, 7945},      {31423, 15995},
+                                          {31424, 16000}, {31425, kUntouched}};
+    for (const auto& [nPos, nRatio] : aCases) {
+        ASSERT_TRUE(m_objIsp.setValue(0, kZoom, nPos));
+        EXPECT_EQ(std::make_tuple(true, nPos, nRatio), zoom()) << "position " << nPos;
     }
+    m_objIsp.failCommand(0, kZoom, IA_CMD_OPT_GET, -9);
+    EXPECT_EQ(std::make_tuple(false, 77, kUntouched), zoom()) << "a refused read leaves both";
 }
 
-TEST_F(LensTest, RefusedZoomReadIsFalseAndLeavesTheRatio) {
-    ISensorController& c = upMini();
-    m_objIsp.failCommand(0, kZoomPosition, IA_CMD_OPT_GET, -9);
-    int nPos = 123;
-    int nRatio = kUntouched;
-    EXPECT_FALSE(c.getZoomValue(nPos, nRatio));
-    EXPECT_EQ(kUntouched, nRatio);
-}
-
-TEST_F(LensTest, IrisValuesAreClampedAfterExposureModeThree) {
-    ISensorController& c = upMini();
+TEST_F(LensTest, IrisIsClampedAfterExposureModeThreeWhichMustSucceed) {
+    ISensorController& c = upDome();
     const std::pair<int, int32_t> aCases[] = {{100, 256},     {255, 256},       {256, 256},
                                               {25600, 25600}, {25601, 1048576}, {30000, 1048576}};
     for (const auto& [nAsked, nSent] : aCases) {
         m_objIsp.clearLog();
         EXPECT_TRUE(c.setIrisValue(nAsked));
-        using Sets = std::vector<std::pair<uint32_t, int32_t>>;
-        EXPECT_EQ((Sets{{kExposeMode, 3}, {kIrisPosition, nSent}}),
-                  setsAmong({kExposeMode, kIrisPosition}))
-            << "asked " << nAsked;
+        EXPECT_EQ((Sets{{kExpose, 3}, {kIris, nSent}}), setsAmong({kExpose, kIris})) << nAsked;
     }
-    int nIris = 0;
-    EXPECT_TRUE(c.getIrisValue(nIris));
-    EXPECT_EQ(1048576, nIris);
-}
+    EXPECT_EQ(1048576, read(&ISensorController::getIrisValue));
 
-TEST_F(LensTest, RefusedExposureModeStopsEveryIrisMove) {
-    ISensorController& c = upMini();
-    m_objIsp.failCommand(0, kExposeMode, IA_CMD_OPT_SET, -5);
+    m_objIsp.failCommand(0, kExpose, IA_CMD_OPT_SET, -5);
+    m_objIsp.clearLog();
     EXPECT_FALSE(c.setIrisValue(1000));
     EXPECT_FALSE(c.irisUp());
     EXPECT_FALSE(c.irisDown());
-    EXPECT_TRUE(setsAmong({kIrisPosition, kIrisUp, kIrisDown}).empty());
-
+    EXPECT_TRUE(setsAmong({kIris, 83, 84}).empty());
     m_objIsp.clearFailures();
     m_objIsp.clearLog();
     EXPECT_TRUE(c.irisUp());
     EXPECT_TRUE(c.irisDown());
-    using Sets = std::vector<std::pair<uint32_t, int32_t>>;
-    EXPECT_EQ((Sets{{kExposeMode, 3}, {kIrisUp, 1}, {kExposeMode, 3}, {kIrisDown, 1}}),
-              setsAmong({kExposeMode, kIrisUp, kIrisDown}));
+    EXPECT_EQ((Sets{{kExpose, 3}, {83, 1}, {kExpose, 3}, {84, 1}}), setsAmong({kExpose, 83, 84}));
 }
 
 TEST_F(LensTest, FocusStepIgnoresTheModeAndReportsTheStep) {
-    ISensorController& c = upMini();
+    ISensorController& c = upDome();
     m_objIsp.failCommand(0, kFocusMode, IA_CMD_OPT_SET, -5);
     EXPECT_TRUE(c.focusFar()) << "a refused focus mode does not decide";
-    m_objIsp.failCommand(0, kFocusFar, IA_CMD_OPT_SET, -5);
+    m_objIsp.failCommand(0, 1554, IA_CMD_OPT_SET, -5);
     EXPECT_FALSE(c.focusFar());
-    EXPECT_EQ((std::vector<std::pair<uint32_t, int>>{
-                  {kFocusMode, 0}, {kFocusFar, 0}, {kFocusMode, 0}, {kFocusFar, 0}}),
-              calls());
+    EXPECT_EQ((Calls{{kFocusMode, 0}, {1554, 0}, {kFocusMode, 0}, {1554, 0}}), calls());
 }
 
 TEST_F(LensTest, WithoutALensOnlyZoomStepsReachTheIsp) {
-    ISensorController& c = upMini("(max_scheme=2)(lensId=0)");
-    ASSERT_FALSE(ISensorControllerTestAccess::hasLens(c));
-    m_objIsp.setValue(0, kZoomPosition, 24576);
-    m_objIsp.setValue(0, kFocusPosition, 900);
-
-    EXPECT_TRUE(c.focusFar());
-    EXPECT_TRUE(c.focusNear());
-    EXPECT_TRUE(c.setZoomValue(20000));
-    EXPECT_TRUE(c.setFocusValue(500));
-    EXPECT_TRUE(c.setPTZRunState(1));
-    int nFocus = 77;
-    EXPECT_TRUE(c.getFocusValue(nFocus));
-    EXPECT_EQ(0, nFocus);
-    int nPos = 77;
-    int nRatio = kUntouched;
-    EXPECT_TRUE(c.getZoomValue(nPos, nRatio));
-    EXPECT_EQ(0, nPos);
-    EXPECT_EQ(kUntouched, nRatio);
+    ISensorController& c = upDome("(max_scheme=2)(lensId=0)");
+    m_objIsp.setValue(0, kZoom, 24576);
+    m_objIsp.setValue(0, 1552, 900);
+    EXPECT_EQ(std::vector<bool>(5, true),
+              (std::vector<bool>{c.focusFar(), c.focusNear(), c.setZoomValue(20000),
+                                 c.setFocusValue(500), c.setPTZRunState(1)}));
+    EXPECT_EQ(0, read(&ISensorController::getFocusValue));
+    EXPECT_EQ(std::make_tuple(true, 0, kUntouched), zoom());
     EXPECT_TRUE(calls().empty()) << "no ISP traffic without a lens";
-
     EXPECT_TRUE(c.zoomIn());
     EXPECT_TRUE(c.zoomOut());
-    EXPECT_EQ((std::vector<std::pair<uint32_t, int>>{{kZoomIn, 0}, {kZoomOut, 0}}), calls());
+    EXPECT_EQ((Calls{{1569, 0}, {1570, 0}}), calls());
 }
 
 TEST_F(LensTest, LockAnswersLensCommandsWithoutSendingThem) {
-    ISensorController& c = upMini();
+    ISensorController& c = upDome();
     m_objIsp.setValue(0, 1607, 41);
     lockLens(c, true);
     SensorZoomFocusParam objRead;
     EXPECT_EQ(0, c.getSensorZoomFocusParam(objRead));
     EXPECT_TRUE(objRead.getLockZoomFocusEnable());
-
-    EXPECT_TRUE(c.setZoomValue(20000));
-    EXPECT_TRUE(c.zoomIn());
-    EXPECT_TRUE(c.focusNear());
-    EXPECT_TRUE(c.setFocusMode(1));
-    int nTemp = -3;
-    EXPECT_TRUE(c.getTempValue(nTemp));
-    EXPECT_EQ(-3, nTemp) << "the temperature lies in the locked range and is not read";
-    bool bHeat = true;
-    EXPECT_TRUE(c.getHeatStatus(bHeat));
-    EXPECT_TRUE(bHeat);
+    EXPECT_EQ(std::vector<bool>(4, true), (std::vector<bool>{c.setZoomValue(20000), c.zoomIn(),
+                                                             c.focusNear(), c.setFocusMode(1)}));
+    EXPECT_EQ(-7, read(&ISensorController::getTempValue)) << "in the locked range: not read";
+    EXPECT_EQ(true, read(&ISensorController::getHeatStatus, true));
     EXPECT_TRUE(calls().empty());
-
     // Iris and PTZ run state are outside the locked range.
     EXPECT_TRUE(c.setIrisValue(300));
     EXPECT_TRUE(c.setPTZRunState(2));
-    using Sets = std::vector<std::pair<uint32_t, int32_t>>;
-    EXPECT_EQ((Sets{{kExposeMode, 3}, {kIrisPosition, 300}, {kPtzRunState, 2}}),
-              setsAmong({kExposeMode, kIrisPosition, kPtzRunState}));
+    EXPECT_EQ((Sets{{kExpose, 3}, {kIris, 300}, {1632, 2}}), setsAmong({kExpose, kIris, 1632}));
 
     lockLens(c, false);
     m_objIsp.clearLog();
     EXPECT_TRUE(c.setZoomValue(20000));
-    EXPECT_TRUE(c.getTempValue(nTemp));
-    EXPECT_EQ(41, nTemp);
-    EXPECT_EQ((Sets{{kZoomPosition, 20000}}), setsAmong({kZoomPosition}));
+    EXPECT_EQ(41, read(&ISensorController::getTempValue));
+    EXPECT_EQ((Sets{{kZoom, 20000}}), setsAmong({kZoom}));
 }
 
-TEST_F(LensTest, DirectLensReadsAndExecStatus) {
-    ISensorController& c = upMini();
+TEST_F(LensTest, DirectLensReadsExecStatusAndVersionText) {
+    ISensorController& c = upDome();
     m_objIsp.setValue(0, kFocusMode, 2);
     m_objIsp.setValue(0, 1648, 123456);
-    m_objIsp.setExecStatus(0, kZoomPosition, 3);
-    int nMode = 0;
-    EXPECT_TRUE(c.getFocusMode(nMode));
-    EXPECT_EQ(2, nMode);
-    unsigned int nStat = 0;
-    EXPECT_TRUE(c.getAFStatistic(nStat));
-    EXPECT_EQ(123456u, nStat);
+    m_objIsp.setExecStatus(0, kZoom, 3);
+    EXPECT_EQ(2, read(&ISensorController::getFocusMode));
+    EXPECT_EQ(123456u, read(&ISensorController::getAFStatistic));
     int nStatus = 0;
-    EXPECT_TRUE(c.getCmdExecStatus(kZoomPosition, nStatus));
+    EXPECT_TRUE(c.getCmdExecStatus(kZoom, nStatus));
     EXPECT_EQ(3, nStatus);
-    m_objIsp.failCommand(0, kZoomPosition, IA_CMD_OPT_EXEC_STATUS, -4);
-    EXPECT_FALSE(c.getCmdExecStatus(kZoomPosition, nStatus));
-}
+    m_objIsp.failCommand(0, kZoom, IA_CMD_OPT_EXEC_STATUS, -4);
+    EXPECT_FALSE(c.getCmdExecStatus(kZoom, nStatus));
 
-TEST_F(LensTest, VersionTextIsBoundedAndKeptOnFailure) {
-    ISensorController& c = upMini();
     std::vector<uint8_t> vecText(50, 0);
     std::memcpy(vecText.data(), "LENS-7", 6);
     ASSERT_TRUE(m_objIsp.setRecord(0, kVersion, vecText));
-    std::string strVersion = "old";
-    EXPECT_TRUE(c.getCameraVerInf(strVersion));
-    EXPECT_EQ("LENS-7", strVersion);
-
+    const auto version = [&] {
+        return read(&ISensorController::getCameraVerInf, std::string("old"));
+    };
+    EXPECT_EQ("LENS-7", version());
     // A text that fills all 50 bytes has no terminator: exactly 50 are taken.
     ASSERT_TRUE(m_objIsp.setRecord(0, kVersion, std::vector<uint8_t>(50, 'V')));
-    EXPECT_TRUE(c.getCameraVerInf(strVersion));
-    EXPECT_EQ(std::string(50, 'V'), strVersion);
-
+    EXPECT_EQ(std::string(50, 'V'), version());
     m_objIsp.failCommand(0, kVersion, IA_CMD_OPT_GET, -1);
-    strVersion = "kept";
+    std::string strVersion = "kept";
     EXPECT_FALSE(c.getCameraVerInf(strVersion));
     EXPECT_EQ("kept", strVersion);
 }

@@ -1,131 +1,87 @@
-// Shutter stepping along the ISP's list of allowed maximum-shutter values: the
-// list order, the ends, values missing from the list, the 30-value cap, and the
-// stored result.
+// Shutter steps along the ISP's list of allowed maximum-shutter values (at most 30).
 #include "DeviceControlFixture.h"
-
-#include "common/SensorKeys.h"
 
 namespace sensortest {
 
-namespace {
-constexpr uint32_t kMaxShutter = 49;
-} // namespace
-
 class ShutterTest : public DeviceControlTest {
 protected:
-    // The ISP reports p_vecItems as the allowed maximum-shutter values and
-    // p_nCurrent as the present one.
-    void offerShutters(const std::vector<int32_t>& p_vecItems, int32_t p_nCurrent) {
-        ia_dynamic_params_attr_st stAttr{};
-        stAttr.param_type = 0;
-        stAttr.default_val = p_vecItems.front();
-        stAttr.items_cnt = static_cast<int32_t>(p_vecItems.size());
-        std::copy(p_vecItems.begin(), p_vecItems.end(), stAttr.item);
-        ASSERT_TRUE(m_objIsp.setDynamicCommands(0, {kMaxShutter}));
-        ASSERT_TRUE(m_objIsp.setAttribute(0, kMaxShutter, stAttr));
-        ASSERT_TRUE(m_objIsp.setValue(0, kMaxShutter, p_nCurrent));
+    // The ISP lists p_vecItems as the allowed maximum-shutter values, p_nCurrent the present one.
+    void offer(const std::vector<int32_t>& p_vecItems, int32_t p_nCurrent) {
+        ASSERT_TRUE(m_objIsp.setDynamicCommands(0, {KEY_MAX_SHUTTER}));
+        ASSERT_TRUE(m_objIsp.setAttribute(0, KEY_MAX_SHUTTER, attr(0, p_vecItems[0], p_vecItems)));
+        ASSERT_TRUE(m_objIsp.setValue(0, KEY_MAX_SHUTTER, p_nCurrent));
         m_objIsp.clearLog();
     }
-    std::vector<int32_t> shutterWrites() const { return setsOf(kMaxShutter); }
-    int stored(ISensorController& c) {
-        int nValue = -1;
-        EXPECT_TRUE(c.getParameter(KEY_MAX_SHUTTER, nValue));
-        return nValue;
-    }
+    std::vector<int32_t> writes() const { return setsOf(KEY_MAX_SHUTTER); }
+    std::optional<int> index() const { return read(&ISensorController::getShutterValue); }
 };
 
-TEST_F(ShutterTest, StepsFollowTheListAndStayAtTheEnds) {
-    ISensorController& c = upMini();
+TEST_F(ShutterTest, StepsFollowTheIspListOrderAndStayAtTheEnds) {
+    ISensorController& c = upDome();
     const struct {
+        std::vector<int32_t> vecList;
         int32_t nCurrent;
         bool bUp;
         int32_t nWritten;
-    } aCases[] = {{4, true, 8}, {4, false, 2}, {8, true, 8}, {1, false, 1}, {2, true, 4}};
+    } aCases[] = {{{1, 2, 4, 8}, 4, true, 8},  {{1, 2, 4, 8}, 4, false, 2},
+                  {{8, 1, 4}, 1, true, 4},     {{1, 2, 4, 8}, 8, true, 8},
+                  {{1, 2, 4, 8}, 1, false, 1}, {{1, 2, 4, 8}, 2, true, 4},
+                  {{8, 1, 4}, 1, false, 8}}; // consecutive writes differ: the cache skips none
     for (const auto& stCase : aCases) {
-        offerShutters({1, 2, 4, 8}, stCase.nCurrent);
+        SCOPED_TRACE((stCase.bUp ? "up from " : "down from ") + std::to_string(stCase.nCurrent));
+        offer(stCase.vecList, stCase.nCurrent);
         EXPECT_TRUE(stCase.bUp ? c.shutterUp() : c.shutterDown());
-        EXPECT_EQ(std::vector<int32_t>{stCase.nWritten}, shutterWrites())
-            << (stCase.bUp ? "up from " : "down from ") << stCase.nCurrent;
-        EXPECT_EQ(stCase.nWritten, stored(c)) << "the step is stored in the current scheme";
+        EXPECT_EQ(std::vector<int32_t>{stCase.nWritten}, writes());
+        EXPECT_EQ(stCase.nWritten, param(KEY_MAX_SHUTTER))
+            << "the step is stored in the current scheme";
     }
+    EXPECT_EQ(0, index()) << "8 is first in the ISP's order";
 }
 
-TEST_F(ShutterTest, StepsFollowTheIspOrderNotTheNumbers) {
-    ISensorController& c = upMini();
-    offerShutters({8, 1, 4}, 1);
-    EXPECT_TRUE(c.shutterUp());
-    EXPECT_EQ(std::vector<int32_t>{4}, shutterWrites());
-    offerShutters({8, 1, 4}, 1);
-    EXPECT_TRUE(c.shutterDown());
-    EXPECT_EQ(std::vector<int32_t>{8}, shutterWrites());
-    int nIndex = -1;
-    EXPECT_TRUE(c.getShutterValue(nIndex));
-    EXPECT_EQ(0, nIndex);
-}
-
-TEST_F(ShutterTest, ValueMissingFromTheListChangesNothing) {
-    ISensorController& c = upMini();
-    const int nBefore = stored(c);
-    offerShutters({1, 2, 4, 8}, 3);
+TEST_F(ShutterTest, ValueMissingRefusedReadOrNoListChangesNothing) {
+    ISensorController& c = upDome();
+    const std::optional<int> nBefore = param(KEY_MAX_SHUTTER);
+    offer({1, 2, 4, 8}, 3);
     int nIndex = 99;
     EXPECT_FALSE(c.getShutterValue(nIndex));
     EXPECT_EQ(99, nIndex);
     EXPECT_FALSE(c.shutterUp());
     EXPECT_FALSE(c.shutterDown());
-    EXPECT_TRUE(shutterWrites().empty());
-    EXPECT_EQ(nBefore, stored(c));
-}
-
-TEST_F(ShutterTest, RefusedReadOrEmptyListIsFalse) {
-    ISensorController& c = upMini();
-    offerShutters({1, 2}, 1);
-    m_objIsp.failCommand(0, kMaxShutter, IA_CMD_OPT_GET, -5);
-    int nIndex = -1;
-    EXPECT_FALSE(c.getShutterValue(nIndex));
+    offer({1, 2}, 1);
+    m_objIsp.failCommand(0, KEY_MAX_SHUTTER, IA_CMD_OPT_GET, -5);
+    EXPECT_EQ(std::nullopt, index());
     EXPECT_FALSE(c.shutterUp());
     m_objIsp.clearFailures();
-
     // A continuous range gives no list: nothing can be chosen by index.
-    ia_dynamic_params_attr_st stAttr{};
-    stAttr.param_type = 1;
-    stAttr.min_val = 1;
-    stAttr.max_val = 100;
-    ASSERT_TRUE(m_objIsp.setAttribute(0, kMaxShutter, stAttr));
+    ASSERT_TRUE(m_objIsp.setAttribute(0, KEY_MAX_SHUTTER, attr(1, 1, {})));
     EXPECT_FALSE(c.setShutterValue(0));
-    EXPECT_FALSE(c.getShutterValue(nIndex));
-    EXPECT_TRUE(shutterWrites().empty());
+    EXPECT_EQ(std::nullopt, index());
+    EXPECT_TRUE(writes().empty());
+    EXPECT_EQ(nBefore, param(KEY_MAX_SHUTTER));
 }
 
-TEST_F(ShutterTest, SetByIndexChecksTheBounds) {
-    ISensorController& c = upMini();
-    offerShutters({1, 2, 4, 8}, 2);
+TEST_F(ShutterTest, SetByIndexChecksTheBoundsAndOnlyThirtyValuesCount) {
+    ISensorController& c = upDome();
+    offer({1, 2, 4, 8}, 2);
     EXPECT_FALSE(c.setShutterValue(4));
     EXPECT_FALSE(c.setShutterValue(-1));
-    EXPECT_TRUE(shutterWrites().empty());
+    EXPECT_TRUE(writes().empty());
     EXPECT_TRUE(c.setShutterValue(3));
-    EXPECT_EQ(std::vector<int32_t>{8}, shutterWrites());
-    EXPECT_EQ(8, stored(c));
-    int nIndex = -1;
-    EXPECT_TRUE(c.getShutterValue(nIndex));
-    EXPECT_EQ(3, nIndex);
-}
+    EXPECT_EQ(std::vector<int32_t>{8}, writes());
+    EXPECT_EQ(8, param(KEY_MAX_SHUTTER));
+    EXPECT_EQ(3, index());
 
-TEST_F(ShutterTest, OnlyTheFirstThirtyValuesCanBeReached) {
-    ISensorController& c = upMini();
     std::vector<int32_t> vecItems;
     for (int32_t v = 1; v <= 40; ++v) {
         vecItems.push_back(v * 10);
     }
-    offerShutters(vecItems, 300); // index 29, the last one taken
-    int nIndex = -1;
-    EXPECT_TRUE(c.getShutterValue(nIndex));
-    EXPECT_EQ(29, nIndex);
+    offer(vecItems, 300); // index 29, the last one taken
+    EXPECT_EQ(29, index());
     EXPECT_TRUE(c.shutterUp());
-    EXPECT_EQ(std::vector<int32_t>{300}, shutterWrites()) << "index 29 is the end of the list";
-
+    EXPECT_EQ(std::vector<int32_t>{300}, writes()) << "index 29 is the end of the list";
     EXPECT_FALSE(c.setShutterValue(30));
-    m_objIsp.setValue(0, kMaxShutter, 310);
-    EXPECT_FALSE(c.getShutterValue(nIndex)) << "the 31st value is not in the list";
+    m_objIsp.setValue(0, KEY_MAX_SHUTTER, 310);
+    EXPECT_EQ(std::nullopt, index()) << "the 31st value is not in the list";
     EXPECT_FALSE(c.shutterDown());
 }
 

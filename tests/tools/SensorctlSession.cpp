@@ -1,17 +1,10 @@
 #include "SensorctlSession.h"
 
-#include <array>
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <stdexcept>
+#include <regex>
 #include <sys/wait.h>
-#include <unistd.h>
 
 namespace sensortest {
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -23,47 +16,7 @@ std::string quoted(const std::string& p_strText) {
     return strQuoted + "'";
 }
 
-std::string makeScratchDir() {
-    const char* szTmp = std::getenv("TMPDIR");
-    std::string strTemplate =
-        std::string(szTmp && *szTmp ? szTmp : "/tmp") + "/sensorctl-test-XXXXXX";
-    if (::mkdtemp(strTemplate.data()) == nullptr) {
-        throw std::runtime_error("cannot create " + strTemplate);
-    }
-    return strTemplate;
-}
-
-// Runs a shell command and keeps what it printed and how it ended. The child
-// gets no root or profile from the test's own environment.
-SessionResult runShell(const std::string& p_strCommand) {
-    const std::string strCommand =
-        "env -u SENSOR_DEVICE_ROOT -u SENSOR_ISP_PROFILE " + p_strCommand + " 2>&1";
-    SessionResult stResult;
-    FILE* pPipe = ::popen(strCommand.c_str(), "r");
-    if (pPipe == nullptr) {
-        ADD_FAILURE() << "cannot start " << strCommand;
-        return stResult;
-    }
-    std::array<char, 4096> arrBuffer{};
-    size_t nRead = 0;
-    while ((nRead = std::fread(arrBuffer.data(), 1, arrBuffer.size(), pPipe)) > 0) {
-        stResult.strOutput.append(arrBuffer.data(), nRead);
-    }
-    const int nStatus = ::pclose(pPipe);
-    stResult.nExit = WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1;
-    return stResult;
-}
-
 } // namespace
-
-size_t SessionResult::count(const std::string& p_strText) const {
-    size_t nCount = 0;
-    for (size_t nAt = strOutput.find(p_strText); nAt != std::string::npos;
-         nAt = strOutput.find(p_strText, nAt + 1)) {
-        ++nCount;
-    }
-    return nCount;
-}
 
 std::string SessionResult::replyTo(const std::string& p_strCommand, size_t p_nNth) const {
     const std::string strEcho = "> " + p_strCommand + "\n";
@@ -76,34 +29,48 @@ std::string SessionResult::replyTo(const std::string& p_strCommand, size_t p_nNt
     }
     const size_t nBegin = nStart + strEcho.size();
     const size_t nEnd = strOutput.find("\n> ", nBegin);
-    return strOutput.substr(nBegin,
-                            nEnd == std::string::npos ? std::string::npos : nEnd + 1 - nBegin);
+    return strOutput.substr(nBegin, nEnd == std::string::npos ? nEnd : nEnd + 1 - nBegin);
 }
 
-SensorctlTest::SensorctlTest()
-    : m_strScratch(makeScratchDir()), m_strRoot(m_strScratch + "/root") {}
-
-SensorctlTest::~SensorctlTest() {
-    std::error_code ec;
-    fs::remove_all(m_strScratch, ec);
+void SessionResult::expect(int p_nExit, const std::vector<Reply>& p_vecReplies) const {
+    EXPECT_EQ(p_nExit, nExit) << strOutput;
+    constexpr const char* aVerbs[] = {"be", "start with", "hold", "lack", "match"};
+    for (const Reply& st : p_vecReplies) {
+        const std::string strReply =
+            st.strCommand.empty() ? strOutput : replyTo(st.strCommand, st.nNth);
+        const size_t nAt = strReply.find(st.strText);
+        const bool aOk[] = {strReply == st.strText, nAt == 0, nAt != std::string::npos,
+                            nAt == std::string::npos, false};
+        const int nHow = static_cast<int>(st.eShows);
+        EXPECT_TRUE(st.eShows == Shows::Matches
+                        ? std::regex_search(strReply, std::regex(st.strText))
+                        : aOk[nHow])
+            << "reply " << st.nNth << " to '" << st.strCommand << "' should " << aVerbs[nHow]
+            << " '" << st.strText << "' but is:\n"
+            << strReply;
+    }
 }
 
 SessionResult SensorctlTest::run(const std::string& p_strScript, const std::string& p_strDevice,
                                  const std::vector<std::string>& p_vecArgs) const {
-    std::vector<std::string> vecArgs = {"--device", p_strDevice, "--root", m_strRoot};
+    std::vector<std::string> vecArgs = {"--device", p_strDevice, "--root", root()};
     vecArgs.insert(vecArgs.end(), p_vecArgs.begin(), p_vecArgs.end());
     return runBare(vecArgs, p_strScript);
 }
 
+// The child gets no root or profile from the test's own environment.
 SessionResult SensorctlTest::runBare(const std::vector<std::string>& p_vecArgs,
                                      const std::string& p_strStdin) const {
-    const std::string strScript = m_strScratch + "/script.txt";
-    std::ofstream(strScript) << p_strStdin;
-    std::string strCommand = quoted(SENSORCTL_PATH);
+    m_objScratch.writeFile("/script.txt", p_strStdin);
+    std::string strCommand =
+        "env -u SENSOR_DEVICE_ROOT -u SENSOR_ISP_PROFILE " + quoted(SENSORCTL_PATH);
     for (const std::string& strArg : p_vecArgs) {
         strCommand += " " + quoted(strArg);
     }
-    return runShell(strCommand + " < " + quoted(strScript));
+    strCommand += " < " + quoted(m_objScratch.hostPath("/script.txt")) + " > " +
+                  quoted(m_objScratch.hostPath("/output.txt")) + " 2>&1";
+    const int nStatus = std::system(strCommand.c_str());
+    return {WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1, m_objScratch.readFile("/output.txt")};
 }
 
 } // namespace sensortest

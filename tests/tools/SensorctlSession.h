@@ -1,6 +1,4 @@
-// sensorctl run as a user runs it: the built program on a copy of a sample
-// device in a fresh working root, fed a script on standard input (or -c
-// commands), with everything it printed and its exit status kept for checks.
+// sensorctl run as a user runs it, with what it printed and its exit status kept.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,44 +6,42 @@
 #include <string>
 #include <vector>
 
+#include "support/TestSupport.h"
+
 namespace sensortest {
+
+// What a reply must show: the text exactly, at its start, somewhere, nowhere, or a regex.
+enum class Shows { Is, Starts, Has, Lacks, Matches };
+
+struct Reply {
+    std::string strCommand; // "" stands for the whole output
+    Shows eShows;
+    std::string strText;
+    size_t nNth = 0; // which echo of the command, counted from 0
+};
 
 struct SessionResult {
     int nExit = -1;
     std::string strOutput; // standard output and standard error, interleaved
 
-    bool has(const std::string& p_strText) const {
-        return strOutput.find(p_strText) != std::string::npos;
-    }
-    size_t count(const std::string& p_strText) const;
-    // The output from the p_nNth echo of p_strCommand ("> command", counted
-    // from 0) up to the next echo.
+    // The output from the p_nNth echo of p_strCommand ("> command") up to the next echo.
     std::string replyTo(const std::string& p_strCommand, size_t p_nNth = 0) const;
+    // Checks the exit status and every reply.
+    void expect(int p_nExit, const std::vector<Reply>& p_vecReplies) const;
 };
 
 class SensorctlTest : public ::testing::Test {
 protected:
-    SensorctlTest();
-    ~SensorctlTest() override;
-
-    // Runs sensorctl on p_strDevice with p_strScript on standard input; the
-    // working root lives on between runs of one test.
+    // Runs sensorctl on p_strDevice and the test's working root with p_strScript as input.
     SessionResult run(const std::string& p_strScript, const std::string& p_strDevice = "ipc",
                       const std::vector<std::string>& p_vecArgs = {}) const;
     // Runs sensorctl with these arguments only (no --device, no --root).
     SessionResult runBare(const std::vector<std::string>& p_vecArgs,
                           const std::string& p_strStdin = "") const;
+    // The working root, not created before sensorctl makes it.
+    std::string root() const { return m_objScratch.hostPath("/root"); }
 
-    // The working root and a host path inside it.
-    const std::string& root() const { return m_strRoot; }
-    std::string inRoot(const std::string& p_strDevicePath) const {
-        return m_strRoot + p_strDevicePath;
-    }
-    const std::string& scratch() const { return m_strScratch; }
-
-private:
-    std::string m_strScratch; // temporary directory of the test
-    std::string m_strRoot;    // not created: sensorctl makes it
+    TempDeviceRoot m_objScratch; // the test's temporary directory
 };
 
 } // namespace sensortest

@@ -1,27 +1,18 @@
-// The parts of sensorctl that decide whether typed input is taken or refused,
-// and the pieces it builds on: key names, the style reader, the clock, the
-// working root and the simulator's controls.
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
+// sensorctl's input parsers, key names, style reader and simulator profile.
+#include <gmock/gmock.h>
 
 #include "common/SensorKeys.h"
 #include "isp/IspSimulator.h"
 #include "tools/CommandLine.h"
-#include "tools/DeviceWorkspace.h"
 #include "tools/KeyValText.h"
 #include "tools/ParamNames.h"
 #include "tools/SimulatorControl.h"
 #include "tools/StyleTree.h"
-#include "tools/ToolClock.h"
 #include "tools/ValueParsing.h"
 
 #include "SensorctlSession.h"
 
 namespace sensortest {
-
-namespace fs = std::filesystem;
 
 TEST(ValueParsingTest, NumbersSwitchesAndTimesAreWholeTokens) {
     int nValue = 7;
@@ -41,9 +32,7 @@ TEST(ValueParsingTest, NumbersSwitchesAndTimesAreWholeTokens) {
 
     int nHour = 0, nMinute = 0, nSecond = 9;
     EXPECT_TRUE(parseTimeOfDay("7:05", nHour, nMinute, nSecond));
-    EXPECT_EQ(7, nHour);
-    EXPECT_EQ(5, nMinute);
-    EXPECT_EQ(0, nSecond);
+    EXPECT_EQ((std::vector<int>{7, 5, 0}), (std::vector<int>{nHour, nMinute, nSecond}));
     EXPECT_TRUE(parseTimeOfDay("23:59:59", nHour, nMinute, nSecond));
     EXPECT_EQ(59, nSecond);
     for (const char* szBad :
@@ -90,22 +79,22 @@ TEST(CommandLineTest, WordsQuotesAndComments) {
 }
 
 TEST(ParamNamesTest, KeysByNumberOrNameAndTheirIspCommands) {
-    u32 nKey = 0;
-    for (const char* szText : {"34", "brightness", "KEY_BRIGHTNESS", "Brightness"}) {
-        nKey = 0;
-        EXPECT_TRUE(keyFromText(szText, nKey)) << szText;
-        EXPECT_EQ(KEY_BRIGHTNESS, nKey) << szText;
+    const std::pair<const char*, u32> aCases[] = {{"34", KEY_BRIGHTNESS},
+                                                  {"brightness", KEY_BRIGHTNESS},
+                                                  {"KEY_BRIGHTNESS", KEY_BRIGHTNESS},
+                                                  {"Brightness", KEY_BRIGHTNESS},
+                                                  {"max-shutter", KEY_MAX_SHUTTER},
+                                                  {"-3", 0},
+                                                  {"KEY_", 0},
+                                                  {"nosuch", 0}};
+    for (const auto& [szText, nExpected] : aCases) {
+        u32 nKey = 0;
+        EXPECT_EQ(nExpected != 0, keyFromText(szText, nKey)) << szText;
+        EXPECT_EQ(nExpected, nKey) << szText;
     }
-    EXPECT_TRUE(keyFromText("max-shutter", nKey));
-    EXPECT_EQ(KEY_MAX_SHUTTER, nKey);
-    EXPECT_FALSE(keyFromText("-3", nKey));
-    EXPECT_FALSE(keyFromText("KEY_", nKey));
-    EXPECT_FALSE(keyFromText("nosuch", nKey));
-
     EXPECT_EQ("34 KEY_BRIGHTNESS", keyLabel(KEY_BRIGHTNESS));
     EXPECT_EQ("99999", keyLabel(99999));
-    // Key 170 is sent as command 168, which is also the number of a key
-    // without a row: the command is named by the key that sends it.
+    // Command 168 is named by key 170, which sends it, not by key 168 (without a row).
     EXPECT_EQ(168u, ispCommandOf(KEY_WHITE_SWITCH));
     EXPECT_EQ("168 (KEY_WHITE_SWITCH)", ispCommandLabel(168));
     EXPECT_EQ(KEY_SCHEME_MODE, ispCommandOf(KEY_SCHEME_MODE)) << "stored-only rows send nothing";
@@ -115,13 +104,10 @@ TEST(ParamNamesTest, KeysByNumberOrNameAndTheirIspCommands) {
 TEST(StyleTreeTest, TabsControlsItemsAndBounds) {
     StyleTree objTree;
     std::string strError;
-    ASSERT_TRUE(objTree.parse(R"(<Style>
-  <Tab key="image">
+    ASSERT_TRUE(objTree.parse(R"(<Style><Tab key="image">
     <Control id="34" value="50" min="0" max="100"/>
     <Group><Control id="2528" value="1"><Item index="0"/><Item index="3"/></Control></Group>
-  </Tab>
-  <Tab key="more"><Control id="34" value="7"/><Control id="9"/></Tab>
-</Style>)",
+  </Tab><Tab key="more"><Control id="34" value="7"/><Control id="9"/></Tab></Style>)",
                               strError))
         << strError;
     ASSERT_EQ(2u, objTree.tabs().size());
@@ -134,63 +120,17 @@ TEST(StyleTreeTest, TabsControlsItemsAndBounds) {
     EXPECT_EQ((std::vector<int>{0, 3}), objTree.find(2528)->vecItems);
     EXPECT_FALSE(objTree.find(9)->bHasValue);
     EXPECT_EQ(nullptr, objTree.find(35));
-
     EXPECT_FALSE(objTree.parse("<Style><Tab>", strError));
-    EXPECT_NE(std::string::npos, strError.find("not a readable XML document"));
+    EXPECT_THAT(strError, ::testing::HasSubstr("not a readable XML document"));
     EXPECT_EQ(2u, objTree.tabs().size()) << "a refused text leaves the tree";
 }
 
-TEST(ToolClockTest, TimeOfDayIsSettableAndRunsOn) {
-    ToolClock objClock;
-    EXPECT_FALSE(objClock.isTimeSet());
-    ASSERT_TRUE(objClock.setTimeOfDay(7, 30, 0));
-    const VXTime stNow = objClock.now();
-    EXPECT_EQ(7, stNow.hour);
-    EXPECT_EQ(30, stNow.minute);
-    EXPECT_TRUE(objClock.isTimeSet());
-    EXPECT_FALSE(objClock.setTimeOfDay(24, 0, 0));
-    EXPECT_FALSE(objClock.setTimeOfDay(7, 60, 0));
-    EXPECT_EQ(7, objClock.now().hour) << "a refused time changes nothing";
-    objClock.useRealTime();
-    EXPECT_FALSE(objClock.isTimeSet());
-}
+using SimulatorControlTest = SensorctlTest;
 
-class WorkspaceTest : public SensorctlTest {};
-
-TEST_F(WorkspaceTest, RootIsCopiedOnceAndReplacedOnlyWhenItIsOurs) {
-    const std::string strDevices = std::string(SENSOR_SOURCE_DIR_FOR_TOOLS) + "/devices";
-    std::string strError;
-    DeviceWorkspace objFirst("ipc", root());
-    ASSERT_TRUE(objFirst.prepare(false, strError)) << strError;
-    EXPECT_TRUE(objFirst.isNew());
-    EXPECT_TRUE(fs::exists(root() + "/mnt/mtd/code/factory_setting/machineinfo.ini"));
-    std::ofstream(root() + "/mine.txt") << "kept";
-
-    DeviceWorkspace objAgain(strDevices + "/ipc", root());
-    ASSERT_TRUE(objAgain.prepare(false, strError));
-    EXPECT_FALSE(objAgain.isNew());
-    EXPECT_TRUE(fs::exists(root() + "/mine.txt")) << "an existing root is used as it is";
-
-    ASSERT_TRUE(objAgain.prepare(true, strError));
-    EXPECT_FALSE(fs::exists(root() + "/mine.txt")) << "--fresh starts from the device again";
-
-    const std::string strForeign = scratch() + "/foreign";
-    fs::create_directories(strForeign);
-    DeviceWorkspace objForeign("ipc", strForeign);
-    EXPECT_FALSE(objForeign.prepare(true, strError));
-    EXPECT_NE(std::string::npos, strError.find("sensorctl did not make it"));
-    EXPECT_TRUE(fs::exists(strForeign));
-
-    DeviceWorkspace objUnknown("nosuch", scratch() + "/other");
-    EXPECT_FALSE(objUnknown.prepare(false, strError));
-    EXPECT_NE(std::string::npos, strError.find("no such device"));
-    EXPECT_FALSE(fs::exists(scratch() + "/other"));
-}
-
-TEST_F(WorkspaceTest, SimulatorTakesTheDeviceProfileAndItsThresholds) {
-    fs::create_directories(root());
-    std::ofstream(root() + "/isp_profile.xml")
-        << R"(<SensorProfile name="test-cam"><DayNight dayThreshold="80" nightThreshold="20" level="90"/></SensorProfile>)";
+TEST_F(SimulatorControlTest, TakesTheDeviceProfileAndItsThresholds) {
+    m_objScratch.writeFile("/root/isp_profile.xml",
+                           R"(<SensorProfile name="test-cam"><DayNight dayThreshold="80" )"
+                           R"(nightThreshold="20" level="90"/></SensorProfile>)");
     IspSimulator objIsp;
     SimulatorControl objSim(objIsp);
     std::string strError;
@@ -205,17 +145,9 @@ TEST_F(WorkspaceTest, SimulatorTakesTheDeviceProfileAndItsThresholds) {
     objSim.setLightLevel(79);
     EXPECT_TRUE(objSim.isNight(0)) << "between the thresholds the state holds";
 
-    objSim.addFailure({0, KEY_BRIGHTNESS, IA_CMD_OPT_SET, -5});
-    int32_t nValue = 1;
-    EXPECT_EQ(-5, objIsp.ioctrl(0, KEY_BRIGHTNESS, IA_CMD_OPT_SET, &nValue));
-    ASSERT_EQ(1u, objSim.failures().size());
-    objSim.clearFailures();
-    EXPECT_EQ(0, objIsp.ioctrl(0, KEY_BRIGHTNESS, IA_CMD_OPT_SET, &nValue));
-    EXPECT_TRUE(objSim.failures().empty());
-
-    std::ofstream(root() + "/isp_profile.xml") << "<SensorProfile><Bogus/></SensorProfile>";
+    m_objScratch.writeFile("/root/isp_profile.xml", "<SensorProfile><Bogus/></SensorProfile>");
     EXPECT_FALSE(objSim.loadProfile(root(), strError));
-    EXPECT_NE(std::string::npos, strError.find("isp_profile.xml"));
+    EXPECT_THAT(strError, ::testing::HasSubstr("isp_profile.xml"));
     EXPECT_EQ("test-cam", objSim.profileName()) << "a broken profile leaves the simulator";
 }
 
