@@ -1,19 +1,50 @@
 // The diagnostics: level and abort switch from the marker file, exact console
-// texts, the error log, and the abort.
+// texts (source lines masked), the error log, and the abort.
 #define SNS_SOURCE_UNIT "SensorFile"
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <regex>
 #include <string>
 
 #include "common/SensorDebug.h"
 #include "support/TestSupport.h"
 
-using sensortest::TempDeviceRoot;
-
 namespace {
 
 const std::string kLogPath = "/mnt/mtd/log/SensorError.log";
+
+void traceAll() {
+    SNS_DBG("dbg %d\n", 1);
+    SNS_INFO("info %d\n", 2);
+    SNS_WARN("warn %d\n", 3);
+    SNS_ERR("err %d\n", 4);
+    SNS_PRINT(5, 32, "not find (%d) \n", 34);
+}
+
+void failCheck() {
+    SNS_ASSERT(1 + 1 == 3, "nScheme(%d)\n", 7);
+}
+
+std::string masked(const std::string& p_strText) {
+    return std::regex_replace(p_strText, std::regex("line:[0-9]+"), "line:#");
+}
+
+template <typename Fn> std::string capture(Fn p_fn) {
+    ::testing::internal::CaptureStdout();
+    p_fn();
+    std::fflush(stdout);
+    return masked(::testing::internal::GetCapturedStdout());
+}
+
+// One console block of traceAll: colour prefix, header for a tagged trace, text, suffix.
+std::string block(const std::string& p_strColour, const std::string& p_strTag,
+                  const std::string& p_strText) {
+    const std::string strHeader =
+        p_strTag.empty() ? "" : "[sensor " + p_strTag + "] file:SensorFile fun:traceAll line:#\n";
+    return "\033[0m\033[" + p_strColour + "m" + strHeader + p_strText + "\033[0m";
+}
 
 class DiagnosticsTest : public ::testing::Test {
 protected:
@@ -21,142 +52,83 @@ protected:
         m_objRoot.writeFile("/tmp/Debug.sign", p_strContent);
     }
     std::string errorLog() const {
-        return m_objRoot.exists(kLogPath) ? m_objRoot.readFile(kLogPath) : std::string();
+        return m_objRoot.exists(kLogPath) ? masked(m_objRoot.readFile(kLogPath)) : std::string();
     }
 
-    TempDeviceRoot m_objRoot;
+    sensortest::TempDeviceRoot m_objRoot;
 };
 
-// Each helper prints from a named function so the header's function name is known.
-void traceAll() {
-    SNS_DBG("dbg %d\n", 1);
-    SNS_INFO("info %d\n", 2);
-    SNS_WARN("warn %d\n", 3);
-    SNS_ERR("err %d\n", 4);
+TEST_F(DiagnosticsTest, MarkerFileSetsLevelAndAbortSwitch) {
+    struct Case {
+        const char* marker; // nullptr: no marker file
+        int level;
+        bool abort;
+        const char* shown; // d dbg, i info, w warn, e err, p untagged (threshold 5)
+    };
+    const Case aCases[] = {
+        {nullptr, 1, false, ""}, {"-1\n0\n", -1, false, ""},  {"4", 4, false, "w"},
+        {"5", 5, false, "w"},    {"6\n1\n", 6, true, "dwep"}, {"7\n", 7, false, "diwep"},
+        {"\n1\n", 1, true, ""},  {"abc\n", 0, false, ""},     {"  12xyz\n  3", 12, true, "diwep"},
+    };
+    for (const Case& stCase : aCases) {
+        SCOPED_TRACE(stCase.marker == nullptr ? "no marker" : stCase.marker);
+        std::remove(m_objRoot.hostPath("/tmp/Debug.sign").c_str());
+        std::remove(m_objRoot.hostPath(kLogPath).c_str());
+        if (stCase.marker != nullptr) {
+            setMarker(stCase.marker);
+        }
+        g_nDebugLevel = 9;
+        g_bEnAssert = !stCase.abort;
+        updateDebugLevel();
+        EXPECT_EQ(stCase.level, g_nDebugLevel.load());
+        EXPECT_EQ(stCase.abort, g_bEnAssert.load());
+
+        const std::string strShown = stCase.shown;
+        const auto shown = [&strShown](char c) { return strShown.find(c) != std::string::npos; };
+        std::string strWant;
+        strWant += shown('d') ? block("0", "dbg", "dbg 1\n") : "";
+        strWant += shown('i') ? block("35", "info", "info 2\n") : "";
+        strWant += shown('w') ? block("0", "warn", "warn 3\n") : "";
+        strWant += shown('e') ? block("0", "err", "err 4\n") : "";
+        strWant += shown('p') ? block("32", "", "not find (34) \n") : "";
+        EXPECT_EQ(strWant, capture(traceAll));
+        // Only warnings are logged, and only when shown.
+        EXPECT_EQ(shown('w') ? "[sensor warn] file:SensorFile fun:traceAll line:#\n"
+                               "[sensor warn] warn 3\n"
+                             : "",
+                  errorLog());
+    }
 }
 
-int g_nFailCheckLine = 0;
-
-void failCheck() {
-    g_nFailCheckLine = __LINE__ + 1;
-    SNS_ASSERT(1 + 1 == 3, "nScheme(%d)\n", 7);
-}
-
-void failCheckEmptyMessage() {
-    SNS_ASSERT(0 != 0, "");
-}
-
-std::string capture(void (*p_fn)()) {
-    ::testing::internal::CaptureStdout();
-    p_fn();
-    fflush(stdout);
-    return ::testing::internal::GetCapturedStdout();
-}
-
-} // namespace
-
-TEST_F(DiagnosticsTest, NoMarkerFileMeansLevelOneAndNoAbort) {
-    g_nDebugLevel = 9;
-    g_bEnAssert = true;
-    updateDebugLevel();
-    EXPECT_EQ(1, g_nDebugLevel.load());
-    EXPECT_FALSE(g_bEnAssert.load());
-
-    EXPECT_EQ("", capture(traceAll));
-    EXPECT_EQ("", errorLog()) << "a silent warning must not be logged either";
-
-    const std::string strOut = capture(failCheck);
-    const int nLine = g_nFailCheckLine;
-    EXPECT_EQ("\033[0m\033[31m[sensor assert] file:SensorFile fun:failCheck line:" +
-                  std::to_string(nLine) + "\n1 + 1 == 3   ~~~Assertion failed.\n\033[0m" +
-                  "\033[0m\033[31mnScheme(7)\n\033[0m",
-              strOut);
-    const std::string strLog = errorLog();
-    EXPECT_NE(std::string::npos, strLog.find("[sensor assert] file:SensorFile fun:failCheck line:" +
-                                             std::to_string(nLine) + "\n"));
+TEST_F(DiagnosticsTest, FailedCheckIsPrintedAndLoggedExactlyUnlessSilenced) {
+    EXPECT_EQ("\033[0m\033[31m[sensor assert] file:SensorFile fun:failCheck line:#\n"
+              "1 + 1 == 3   ~~~Assertion failed.\n\033[0m\033[0m\033[31mnScheme(7)\n\033[0m",
+              capture(failCheck));
+    EXPECT_EQ("[sensor assert] file:SensorFile fun:failCheck line:#\n"
+              "[sensor assert] 1 + 1 == 3   ~~~Assertion failed.\n"
+              "[sensor assert] nScheme(7)\n",
+              errorLog());
+    // An empty message still prints both colour sequences.
     EXPECT_NE(std::string::npos,
-              strLog.find("[sensor assert] 1 + 1 == 3   ~~~Assertion failed.\n"));
-    EXPECT_NE(std::string::npos, strLog.find("[sensor assert] nScheme(7)\n"));
-}
+              capture([] {
+                  SNS_ASSERT(0 != 0, "");
+              }).find("0 != 0   ~~~Assertion failed.\n\033[0m\033[0m\033[31m\033[0m"));
 
-TEST_F(DiagnosticsTest, LevelSixShowsDbgAndErrButNotInfo) {
-    setMarker("6\n0\n");
-    const std::string strOut = capture(traceAll);
-    EXPECT_NE(std::string::npos,
-              strOut.find("\033[0m\033[0m[sensor dbg] file:SensorFile fun:traceAll line:"));
-    EXPECT_NE(std::string::npos, strOut.find("dbg 1\n\033[0m"));
-    EXPECT_EQ(std::string::npos, strOut.find("[sensor info]"));
-    EXPECT_NE(std::string::npos, strOut.find("[sensor warn]"));
-    EXPECT_NE(std::string::npos, strOut.find("[sensor err] file:SensorFile fun:traceAll"));
-
-    setMarker("7\n");
-    EXPECT_NE(std::string::npos,
-              capture(traceAll).find("\033[0m\033[35m[sensor info] file:SensorFile fun:traceAll"));
-}
-
-TEST_F(DiagnosticsTest, WarningAtLevelFourGoesToConsoleAndLog) {
-    setMarker("4");
-    const std::string strOut = capture(traceAll);
-    EXPECT_NE(std::string::npos, strOut.find("[sensor warn] file:SensorFile fun:traceAll"));
-    EXPECT_EQ(std::string::npos, strOut.find("[sensor dbg]"));
-    const std::string strLog = errorLog();
-    EXPECT_NE(std::string::npos, strLog.find("[sensor warn] file:SensorFile fun:traceAll line:"));
-    EXPECT_NE(std::string::npos, strLog.find("[sensor warn] warn 3\n"));
-    EXPECT_EQ(std::string::npos, strLog.find("err 4")) << "only warnings are logged";
-}
-
-TEST_F(DiagnosticsTest, UntaggedTraceHasColourButNoHeader) {
-    setMarker("6");
-    const std::string strOut = capture([] { SNS_PRINT(5, 32, "not find (%d) \n", 34); });
-    EXPECT_EQ("\033[0m\033[32mnot find (34) \n\033[0m", strOut);
-    setMarker("5");
-    EXPECT_EQ("", capture([] { SNS_PRINT(5, 32, "not find (%d) \n", 34); }));
-}
-
-TEST_F(DiagnosticsTest, MinusOneSilencesEvenFailedChecks) {
+    std::remove(m_objRoot.hostPath(kLogPath).c_str());
     setMarker("-1\n0\n");
     EXPECT_EQ("", capture(failCheck));
-    EXPECT_EQ("", capture(traceAll));
     EXPECT_EQ("", errorLog());
 }
 
-TEST_F(DiagnosticsTest, EmptyFirstLineMeansLevelOneAndSecondLineEnablesAbort) {
-    setMarker("\n1\n");
-    updateDebugLevel();
-    EXPECT_EQ(1, g_nDebugLevel.load());
-    EXPECT_TRUE(g_bEnAssert.load());
-    setMarker("abc\n");
-    updateDebugLevel();
-    EXPECT_EQ(0, g_nDebugLevel.load()) << "a non-numeric level reads as 0";
-    EXPECT_FALSE(g_bEnAssert.load());
-    setMarker("  12xyz\n  3");
-    updateDebugLevel();
-    EXPECT_EQ(12, g_nDebugLevel.load());
-    EXPECT_TRUE(g_bEnAssert.load());
-}
-
-TEST_F(DiagnosticsTest, EmptyMessageStillPrintsBothColourSequences) {
-    const std::string strOut = capture(failCheckEmptyMessage);
-    EXPECT_NE(std::string::npos,
-              strOut.find("0 != 0   ~~~Assertion failed.\n\033[0m\033[0m\033[31m\033[0m"));
-}
-
-TEST_F(DiagnosticsTest, LongestMessageIsLoggedWhole) {
+TEST_F(DiagnosticsTest, LongMessagesAreBoundedNeverOverrun) {
     const std::string strLong(1500, 'x');
-    ::testing::internal::CaptureStdout();
-    SNS_ASSERT(strLong.empty(), "%s\n", strLong.c_str());
-    fflush(stdout);
-    const std::string strOut = ::testing::internal::GetCapturedStdout();
-    EXPECT_NE(std::string::npos, strOut.find(strLong + "\n"));
-    EXPECT_NE(std::string::npos, errorLog().find(strLong));
-}
+    EXPECT_NE(std::string::npos, capture([&] {
+                                     SNS_ASSERT(strLong.empty(), "%s\n", strLong.c_str());
+                                 }).find(strLong + "\n"));
+    EXPECT_NE(std::string::npos, errorLog().find(strLong + "\n")) << "logged whole";
 
-TEST_F(DiagnosticsTest, OverlongMessageIsCutNotOverrun) {
     const std::string strHuge(20000, 'y');
-    ::testing::internal::CaptureStdout();
-    SNS_ASSERT(strHuge.empty(), "%s", strHuge.c_str());
-    fflush(stdout);
-    const std::string strOut = ::testing::internal::GetCapturedStdout();
+    const std::string strOut = capture([&] { SNS_ASSERT(strHuge.empty(), "%s", strHuge.c_str()); });
     EXPECT_LT(strOut.size(), strHuge.size());
     EXPECT_NE(std::string::npos, strOut.find(std::string(1000, 'y')));
 }
@@ -170,3 +142,5 @@ TEST_F(DiagnosticsDeathTest, FailedCheckAbortsWhenSwitchIsOn) {
     setMarker("6\n0\n");
     capture(failCheck); // survives with the switch off
 }
+
+} // namespace

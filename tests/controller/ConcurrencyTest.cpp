@@ -8,29 +8,24 @@
 namespace sensortest {
 namespace {
 
-using ::testing::internal::CaptureStdout;
-using ::testing::internal::GetCapturedStdout;
-
-class ConcurrencyTest : public ControllerTest {};
+using ConcurrencyTest = ControllerTest;
 
 TEST_F(ConcurrencyTest, SetParameterFromSeveralThreadsStaysConsistent) {
     constexpr int kWrites = 150;
-    const std::vector<u32> vecOwnKeys = {34, 2337, 2353, 2321};
-    constexpr u32 kSharedKey = 96;
-    const auto vecSet = makeSet({{34, 0}, {2337, 0}, {2353, 0}, {2321, 0}, {96, 0}, {145, 0}});
-    install({vecSet, vecSet, vecSet}, 0);
+    constexpr int kSharedKey = 96;
+    const int aOwnKeys[] = {34, 2337, 2353, 2321};
+    installAlike(makeSet("34=0 2337=0 2353=0 2321=0 96=0 145=0"));
 
     CaptureStdout();
     std::vector<std::thread> vecThreads;
-    for (std::size_t t = 0; t < vecOwnKeys.size(); ++t) {
-        vecThreads.emplace_back([this, t, nKey = vecOwnKeys[t]] {
+    for (int t = 0; t < 4; ++t) {
+        vecThreads.emplace_back([this, t, nKey = aOwnKeys[t]] {
             for (int v = 1; v <= kWrites; ++v) {
-                ctl().setParameter(static_cast<int>(nKey), v, true);
-                ctl().setParameter(static_cast<int>(kSharedKey), static_cast<int>(t) * 1000 + v,
-                                   true);
+                ctl().setParameter(nKey, v, true);
+                ctl().setParameter(kSharedKey, t * 1000 + v, true);
                 ctl().setParameter(145, v, true); // a handler reading partners from the set
                 int nRead = 0;
-                ctl().getParameter(static_cast<int>(nKey), nRead);
+                ctl().getParameter(nKey, nRead);
             }
         });
     }
@@ -39,7 +34,7 @@ TEST_F(ConcurrencyTest, SetParameterFromSeveralThreadsStaysConsistent) {
     }
     GetCapturedStdout();
 
-    for (u32 nKey : vecOwnKeys) {
+    for (int nKey : aOwnKeys) {
         EXPECT_EQ(stored(0, nKey), static_cast<u32>(kWrites)) << nKey;
         EXPECT_EQ(m_objIsp.getValue(0, nKey), kWrites) << nKey;
     }

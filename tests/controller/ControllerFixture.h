@@ -1,14 +1,14 @@
 // A controller with scheme sets in memory and its key-command table, on a
-// temporary device root, driving the ISP simulator and a recording video
-// module.
+// temporary device root, driving the ISP simulator and a recording video module.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <initializer_list>
+#include <cstdio>
+#include <cstring>
+#include <functional>
 #include <memory>
-#include <ostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -22,49 +22,174 @@
 namespace sensortest {
 
 using Access = ISensorControllerTestAccess;
-using Notice = RecordingVideoModule::Notice;
+using ::testing::internal::CaptureStdout;
+using ::testing::internal::GetCapturedStdout;
 
-// One ISP call as the tests compare it: a 32-bit value as one word, a record
-// as its 32-bit words.
-struct IspCall {
-    int channel;
-    uint32_t cmd;
-    int option;
-    std::vector<int32_t> words;
-    bool operator==(const IspCall& p_stOther) const {
-        return channel == p_stOther.channel && cmd == p_stOther.cmd && option == p_stOther.option &&
-               words == p_stOther.words;
-    }
+struct Record {
+    u32 scheme;
+    KeyVal keyVal;
 };
-void PrintTo(const IspCall& p_stCall, std::ostream* p_pOut);
-void PrintTo(const Notice& p_stNotice, std::ostream* p_pOut);
 
-// A SET of one value on ISP channel 0 (camera 1).
-IspCall setCall(uint32_t p_nCmd, std::vector<int32_t> p_vecWords, int p_nChannel = 0);
+// "34=40 2337=9" in order; a "1:" prefix names scheme 1 (default 0).
+inline std::vector<Record> parseRecords(const std::string& p_strText) {
+    std::vector<Record> vecRecords;
+    std::istringstream objIn(p_strText);
+    for (std::string strToken; objIn >> strToken;) {
+        Record stRecord{0, {0, 0}};
+        KeyVal& stKeyVal = stRecord.keyVal;
+        if (std::sscanf(strToken.c_str(), "%u:%u=%u", &stRecord.scheme, &stKeyVal.key,
+                        &stKeyVal.value) != 3) {
+            stRecord.scheme = 0;
+            if (std::sscanf(strToken.c_str(), "%u=%u", &stKeyVal.key, &stKeyVal.value) != 2) {
+                ADD_FAILURE() << "not a record: " << strToken;
+            }
+        }
+        vecRecords.push_back(stRecord);
+    }
+    return vecRecords;
+}
 
-// A set whose first five records are the scheme keys (mode p_nSchemeMode,
-// window 00:00 to 24:00), followed by p_listRest.
-std::vector<KeyVal> makeSet(std::initializer_list<KeyVal> p_listRest, u32 p_nSchemeMode = 0);
+inline std::vector<KeyVal> keyVals(const std::string& p_strText) {
+    std::vector<KeyVal> vecKeyVals;
+    for (const Record& stRecord : parseRecords(p_strText)) {
+        vecKeyVals.push_back(stRecord.keyVal);
+    }
+    return vecKeyVals;
+}
+
+// A set whose first five records are the scheme keys (mode 0, window 00:00 to
+// 24:00), followed by p_strRest.
+inline std::vector<KeyVal> makeSet(const std::string& p_strRest) {
+    return keyVals("8000=0 8001=0 8002=0 8003=24 8004=0 " + p_strRest);
+}
 
 // Colour prefix and suffix of the diagnostics.
-std::string coloured(int p_nColour, const std::string& p_strText);
+inline std::string coloured(int p_nColour, const std::string& p_strText) {
+    return "\033[0m\033[" + std::to_string(p_nColour) + "m" + p_strText + "\033[0m";
+}
+
+inline bool contains(const std::string& p_strText, const std::string& p_strPart) {
+    return p_strText.find(p_strPart) != std::string::npos;
+}
 
 class ControllerTest : public ::testing::Test {
 protected:
-    ControllerTest();
-    ~ControllerTest() override;
+    ControllerTest()
+        : m_objIsp(IspSimulator::instance()), m_objVideo([this] { return m_objIsp.log().size(); }) {
+        m_objIsp.loadDefaultProfile();
+        reset();
+    }
+    ~ControllerTest() override {
+        m_pController.reset();
+        setshowBeawayFalg(true);
+    }
 
+    // A new controller on device type 1 with a clean ISP and video module.
+    void reset() {
+        m_objIsp.reset();
+        m_objVideo.clear();
+        setshowBeawayFalg(true);
+        ISensorController::m_nChanneldDosomething = -1;
+        ISensorController::m_nPassKeycmd = -1;
+        useDeviceType(1);
+    }
     // Rebuilds the controller on a device of the given type (machine description).
-    void useDeviceType(int p_nType);
+    void useDeviceType(int p_nType) {
+        m_objRoot.writeFile("/mnt/mtd/code/factory_setting/machineinfo.ini",
+                            "[device]\ntype = " + std::to_string(p_nType) +
+                                "\nhardware_model = Hi3516AV200\nhardware_code = TEST\n");
+        m_pController = std::make_unique<ISensorController>();
+        m_pController->setChannelID(1);
+        m_pController->setVideoStreamModule(&m_objVideo);
+    }
     // Installs the user sets and the factory set (last), makes p_nCurScheme
     // current and builds the key-command table.
-    void install(const std::vector<std::vector<KeyVal>>& p_vecSets, int p_nCurScheme = 0);
-    void setDebugLevel(int p_nLevel);
-    // ISP calls and video notices since the last clear.
-    std::vector<IspCall> ispCalls() const;
-    void clearRecords();
-    u32 stored(u32 p_nScheme, u32 p_nKey) const;
-    bool holds(u32 p_nScheme, u32 p_nKey) const;
+    void install(const std::vector<std::vector<KeyVal>>& p_vecSets, int p_nCurScheme = 0) {
+        ASSERT_TRUE(Access::installSets(ctl(), p_vecSets, p_nCurScheme));
+        Access::buildKeyCmdMap(ctl());
+        clearRecords();
+    }
+    // p_nUser user schemes and the factory set, all equal to p_vecSet.
+    void installAlike(const std::vector<KeyVal>& p_vecSet, int p_nCurScheme = 0, int p_nUser = 2) {
+        install(std::vector<std::vector<KeyVal>>(p_nUser + 1, p_vecSet), p_nCurScheme);
+    }
+    // One handler call that sets p_nValue.
+    int call(keycmd_handler p_pHandler, u32 p_nKey, u32 p_nValue) {
+        return (ctl().*p_pHandler)(p_nKey, 0, &p_nValue);
+    }
+    int apply(std::vector<KeyVal> p_vecList, bool p_bCache = true) {
+        return ctl().setParameters(p_vecList.data(), static_cast<u32>(p_vecList.size()), p_bCache);
+    }
+    // One scenario of the set loop on a fresh controller: every scheme holds p_szSet
+    // after the scheme keys, p_fnPrepare adjusts the controller, then each list of
+    // p_strLists is applied ("34=40 2337=9 => -2337; 34=41", "=> r" for a result
+    // other than 0). The run must print every text of p_vecShown (and no failed
+    // assertion when there is none), send p_szSent and leave p_szStored stored.
+    void run(const char* p_szWhat, const char* p_szSet, const std::string& p_strLists,
+             const char* p_szSent, const char* p_szStored = "",
+             const std::vector<const char*>& p_vecShown = {},
+             const std::function<void()>& p_fnPrepare = nullptr) {
+        SCOPED_TRACE(p_szWhat);
+        reset();
+        installAlike(makeSet(p_szSet));
+        if (p_fnPrepare) {
+            p_fnPrepare();
+        }
+        CaptureStdout();
+        std::istringstream objLists(p_strLists);
+        for (std::string strList; std::getline(objLists, strList, ';');) {
+            const std::size_t nArrow = strList.find("=>");
+            const int nWant =
+                nArrow == std::string::npos ? 0 : std::stoi(strList.substr(nArrow + 2));
+            EXPECT_EQ(apply(keyVals(strList.substr(0, nArrow))), nWant) << strList;
+        }
+        const std::string strOut = GetCapturedStdout();
+        for (const char* szText : p_vecShown) {
+            EXPECT_TRUE(contains(strOut, szText)) << szText;
+        }
+        EXPECT_TRUE(!p_vecShown.empty() || !contains(strOut, "Assertion failed")) << strOut;
+        EXPECT_EQ(sent(), p_szSent);
+        expectStored(p_szStored);
+    }
+    // The sets hold p_szStored ("34=40 1:34=41": scheme 0 unless named).
+    void expectStored(const char* p_szStored) const {
+        for (const Record& stRecord : parseRecords(p_szStored)) {
+            EXPECT_EQ(stored(stRecord.scheme, stRecord.keyVal.key), stRecord.keyVal.value)
+                << stRecord.scheme << ':' << stRecord.keyVal.key;
+        }
+    }
+    void setDebugLevel(int p_nLevel) {
+        m_objRoot.writeFile("/tmp/Debug.sign", std::to_string(p_nLevel) + "\n0\n");
+    }
+    // What reached the ISP and the video module since the last clear, in order and
+    // space separated: "34=40" an ISP set on ISP channel 0, "ch1:34=40" on channel
+    // 1, "get 167=80" a read with its result, "146=70,30,0" a record as its 32-bit
+    // words, "v1:2384=2" a video notice for channel 1.
+    std::string sent() const {
+        const std::vector<IspSimulator::LogEntry> vecCalls = m_objIsp.log();
+        const std::vector<RecordingVideoModule::Notice> vecNotices = m_objVideo.notices();
+        std::ostringstream objOut;
+        auto itNotice = vecNotices.begin();
+        for (std::size_t i = 0; i <= vecCalls.size(); ++i) {
+            for (; itNotice != vecNotices.end() && itNotice->ispCallsBefore <= i; ++itNotice) {
+                objOut << " v" << itNotice->channel << ':' << itNotice->key << '='
+                       << itNotice->value;
+            }
+            if (i < vecCalls.size()) {
+                objOut << ' ' << ispCall(vecCalls[i]);
+            }
+        }
+        return objOut.str().empty() ? std::string() : objOut.str().substr(1);
+    }
+    void clearRecords() {
+        m_objIsp.clearLog();
+        m_objVideo.clear();
+    }
+    u32 stored(u32 p_nScheme, u32 p_nKey) const {
+        u32 nValue = 0xDEADBEEF;
+        m_pController->getKeyValFromCache(p_nScheme, p_nKey, nValue);
+        return nValue;
+    }
 
     ISensorController& ctl() { return *m_pController; }
 
@@ -72,6 +197,27 @@ protected:
     IspSimulator& m_objIsp;
     RecordingVideoModule m_objVideo;
     std::unique_ptr<ISensorController> m_pController;
+
+private:
+    static std::string ispCall(const IspSimulator::LogEntry& p_stCall) {
+        std::ostringstream objOut;
+        // The ISP library's option numbers: 0 sets, 1 reads.
+        objOut << (p_stCall.channel != 0 ? "ch" + std::to_string(p_stCall.channel) + ":" : "")
+               << (p_stCall.option == 0   ? ""
+                   : p_stCall.option == 1 ? "get "
+                                          : "opt" + std::to_string(p_stCall.option) + " ")
+               << p_stCall.cmd << '=';
+        if (p_stCall.bytes.empty()) {
+            objOut << p_stCall.value;
+        }
+        for (std::size_t b = 0; b + sizeof(int32_t) <= p_stCall.bytes.size();
+             b += sizeof(int32_t)) {
+            int32_t nWord = 0;
+            std::memcpy(&nWord, p_stCall.bytes.data() + b, sizeof(nWord));
+            objOut << (b == 0 ? "" : ",") << nWord;
+        }
+        return objOut.str();
+    }
 };
 
 } // namespace sensortest

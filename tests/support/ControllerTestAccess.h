@@ -1,6 +1,5 @@
-// The one way tests reach inside a controller: install scheme sets and the
-// key-command table before start-up exists, set the channel's flags and state
-// bits, hold the sensor thread, and read back what the controller holds.
+// The one way tests reach inside a controller: install scheme sets and the key-command
+// table, set flags and state bits, hold the sensor thread, read back what it holds.
 #pragma once
 
 #include <algorithm>
@@ -15,7 +14,6 @@ public:
     static bool stopThread(ISensorController& c) { return c.m_pSensorThread->stop(); }
 
     static int curScheme(const ISensorController& c) { return c.m_nCurScheme; }
-    static int lastScheme(const ISensorController& c) { return c.m_nLastScheme; }
     static u32 schemeSum(const ISensorController& c) { return c.m_stSysConf.nSchemeSum; }
     static u32 keyValSum(const ISensorController& c) { return c.m_nKeyValSum; }
     static u32 keyCmdSum(const ISensorController& c) { return c.m_nKeyCmdSum; }
@@ -24,10 +22,7 @@ public:
     static bool lprMode(const ISensorController& c) { return c.m_bLprMode; }
     static bool hasLens(const ISensorController& c) { return c.m_bHasLens; }
     static bool limitedIrPower(const ISensorController& c) { return c.m_bisLimitedIrPower; }
-    static bool showWDR(const ISensorController& c) { return c.m_bShowWDRFalg; }
-    static bool showLDC(const ISensorController& c) { return c.m_bShowLDCFlag; }
     static bool shutterPass(const ISensorController& c) { return c.m_bShutterPass; }
-    static bool isThermal(const ISensorController& c) { return c.m_bIsThermal; }
     static int cameraId(const ISensorController& c) { return c.m_nCameraID; }
     static const keycmd* keyCmdMap(const ISensorController& c) { return c.m_pKeyCmdMap.get(); }
 
@@ -44,19 +39,14 @@ public:
     static constexpr u32 resettingLastBit() { return ISensorController::m_bResettingLast; }
     static constexpr u32 switchingBit() { return ISensorController::m_bSwitching; }
 
-    // Installs nSchemeSum user sets plus the factory set (the last of p_vecSets)
-    // as init would, and makes p_nCurScheme current. Every set must have the
-    // same length; otherwise nothing is installed and the result is false.
+    // Installs the user sets plus the factory set (the last of p_vecSets) as init
+    // would, p_nCurScheme current. Sets of unequal length install nothing: false.
     static bool installSets(ISensorController& c, const std::vector<std::vector<KeyVal>>& p_vecSets,
                             int p_nCurScheme) {
-        if (p_vecSets.empty()) {
-            return false;
-        }
-        const std::size_t nSum = p_vecSets[0].size();
-        const bool bSameLength = std::all_of(
-            p_vecSets.begin(), p_vecSets.end(),
-            [nSum](const std::vector<KeyVal>& p_vecSet) { return p_vecSet.size() == nSum; });
-        if (!bSameLength) {
+        const std::size_t nSum = p_vecSets.empty() ? 0 : p_vecSets[0].size();
+        if (p_vecSets.empty() ||
+            std::any_of(p_vecSets.begin(), p_vecSets.end(),
+                        [nSum](const std::vector<KeyVal>& v) { return v.size() != nSum; })) {
             return false;
         }
         const std::size_t nRows = p_vecSets.size();
@@ -75,9 +65,8 @@ public:
         return true;
     }
 
-    // The key-command table step of init, and the row count it starts from.
+    // The key-command table step of init.
     static void buildKeyCmdMap(ISensorController& c) { c.initKeyCmdMap(); }
-    static void setKeyCmdSum(ISensorController& c, u32 p_nSum) { c.m_nKeyCmdSum = p_nSum; }
 
     static void setCurScheme(ISensorController& c, int p_nScheme) { c.m_nCurScheme = p_nScheme; }
     static void setLastScheme(ISensorController& c, int p_nScheme) { c.m_nLastScheme = p_nScheme; }

@@ -1,11 +1,13 @@
-// A host video module for tests: remembers every notice in order and answers
-// with a result the test chooses per key.
+// A host video module for tests: remembers every notice in order, with the
+// number of ISP calls made before it, and answers with a result the test
+// chooses per key.
 #pragma once
 
 #include <cstddef>
 #include <functional>
 #include <map>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 #include "platform/VideoStreamModule.h"
@@ -18,17 +20,16 @@ public:
         int channel;
         int key;
         int value;
-        bool operator==(const Notice& p_stOther) const {
-            return channel == p_stOther.channel && key == p_stOther.key && value == p_stOther.value;
-        }
+        std::size_t ispCallsBefore; // orders the notice against the ISP's call log
     };
+
+    // p_fnIspCalls counts the ISP calls made so far.
+    explicit RecordingVideoModule(std::function<std::size_t()> p_fnIspCalls)
+        : m_fnIspCalls(std::move(p_fnIspCalls)) {}
 
     int notifyParamChange(int channel, int key, int value) const override {
         std::lock_guard<std::mutex> objGuard(m_objMutex);
-        m_vecNotices.push_back({channel, key, value});
-        if (m_fnProbe) {
-            m_vecProbes.push_back(m_fnProbe());
-        }
+        m_vecNotices.push_back({channel, key, value, m_fnIspCalls()});
         const auto it = m_mapResults.find(key);
         return it == m_mapResults.end() ? 0 : it->second;
     }
@@ -51,28 +52,18 @@ public:
         std::lock_guard<std::mutex> objGuard(m_objMutex);
         return m_vecNotices;
     }
+    // Forgets the notices and the chosen answers.
     void clear() {
         std::lock_guard<std::mutex> objGuard(m_objMutex);
         m_vecNotices.clear();
-        m_vecProbes.clear();
-    }
-    // Samples p_fnProbe at every notice, e.g. the number of ISP calls made so
-    // far, so that a test can order notices against other events.
-    void probeEachNotice(std::function<std::size_t()> p_fnProbe) {
-        std::lock_guard<std::mutex> objGuard(m_objMutex);
-        m_fnProbe = std::move(p_fnProbe);
-    }
-    std::vector<std::size_t> probes() const {
-        std::lock_guard<std::mutex> objGuard(m_objMutex);
-        return m_vecProbes;
+        m_mapResults.clear();
     }
 
 private:
     mutable std::mutex m_objMutex;
     mutable std::vector<Notice> m_vecNotices;
-    mutable std::vector<std::size_t> m_vecProbes;
     std::map<int, int> m_mapResults;
-    std::function<std::size_t()> m_fnProbe;
+    std::function<std::size_t()> m_fnIspCalls;
 };
 
 } // namespace sensortest
