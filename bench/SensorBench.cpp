@@ -252,7 +252,7 @@ int main(int argc, char** argv) {
         ->Unit(benchmark::kMillisecond);
 
     benchmark::Initialize(&argc, argv);
-    benchmark::ConsoleReporter objConsole;
+    benchmark::ConsoleReporter objConsole(benchmark::ConsoleReporter::OO_Tabular);
     objConsole.SetOutputStream(&objReport);
     objConsole.SetErrorStream(&objReport);
     benchmark::RunSpecifiedBenchmarks(&objConsole);
