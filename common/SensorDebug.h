@@ -56,6 +56,13 @@ bool check(bool bRet, const char* p_szCondition, const Origin& p_stOrigin, const
         SNS_SOURCE_UNIT, __func__, __LINE__, __PRETTY_FUNCTION__                                   \
     }
 
+// A diagnostic made in a helper that is one step of a larger operation names
+// that operation, as the operation's own diagnostics do.
+#define SNS_ORIGIN_FOR_(function)                                                                  \
+    sensordiag::Origin {                                                                           \
+        SNS_SOURCE_UNIT, function, __LINE__, __PRETTY_FUNCTION__                                   \
+    }
+
 #define SNS_DBG(...)                                                                               \
     sensordiag::printTagged(5, sensordiag::COLOUR_DEFAULT, "[sensor dbg]", false, SNS_ORIGIN_,     \
                             __VA_ARGS__)
@@ -86,3 +93,13 @@ bool check(bool bRet, const char* p_szCondition, const Origin& p_stOrigin, const
     sensordiag::check(static_cast<bool>(condition), text, SNS_ORIGIN_, __VA_ARGS__)
 #define SNS_ASSERT_TEXT(condition, text, ...)                                                      \
     static_cast<void>(SNS_CHECK_TEXT(condition, text, __VA_ARGS__))
+
+// The checks and the warning of a helper, reported under the operation it serves.
+#define SNS_CHECK_FOR(function, condition, ...)                                                    \
+    sensordiag::check(static_cast<bool>(condition), #condition, SNS_ORIGIN_FOR_(function),         \
+                      __VA_ARGS__)
+#define SNS_ASSERT_FOR(function, condition, ...)                                                   \
+    static_cast<void>(SNS_CHECK_FOR(function, condition, __VA_ARGS__))
+#define SNS_WARN_FOR(function, ...)                                                                \
+    sensordiag::printTagged(3, sensordiag::COLOUR_DEFAULT, "[sensor warn]", true,                  \
+                            SNS_ORIGIN_FOR_(function), __VA_ARGS__)

@@ -80,9 +80,11 @@ void ISensorController::allocateSchemeSets() {
     std::unique_ptr<KeyVal[]> pFactory = std::make_unique<KeyVal[]>(nCapacity);
     m_pLprKeyVal = std::make_unique<KeyVal[]>(nCapacity);
     m_nKeyValSum = 0;
-    SNS_ASSERT(SNS_SUCCESS == getFctData(m_nCameraID, m_stSysConf.szUIStyle, pFactory.get(),
-                                         &m_nKeyValSum, nCapacity, m_bShowWDRFalg, m_bShowLDCFlag),
-               "m_nKeyValSum(%d)\n", m_nKeyValSum);
+    SNS_ASSERT_FOR("init",
+                   SNS_SUCCESS == getFctData(m_nCameraID, m_stSysConf.szUIStyle, pFactory.get(),
+                                             &m_nKeyValSum, nCapacity, m_bShowWDRFalg,
+                                             m_bShowLDCFlag),
+                   "m_nKeyValSum(%d)\n", m_nKeyValSum);
 
     const u32 nRows = m_stSysConf.nSchemeSum + 1;
     m_pUserKeyValBlock = std::make_unique<KeyVal[]>(static_cast<size_t>(nRows) * m_nKeyValSum);
@@ -103,9 +105,11 @@ void ISensorController::checkVersionStamp() {
     if (!bRead) {
         nLocal = 0; // a failed read may leave part of a stamp behind
     }
-    SNS_WARN("check the sensor version,   local(%u) --> libsensordll.so(%u), source the cmd: rm "
-             "-rf /mnt/mtd/code/config*/sensor*\n",
-             nLocal, m_nVersion);
+    SNS_WARN_FOR(
+        "init",
+        "check the sensor version,   local(%u) --> libsensordll.so(%u), source the cmd: rm "
+        "-rf /mnt/mtd/code/config*/sensor*\n",
+        nLocal, m_nVersion);
     sy_system(removeSchemeFilesCommand().c_str(), SY_SYSTEM_TIMEOUT);
 }
 
@@ -195,7 +199,9 @@ void ISensorController::applyVideoStreamLimits(const MachineInfo& p_objMachineIn
 bool ISensorController::init(const ModuleConfigure& p_objModuleConfigure) {
     setState(m_bIniting);
     clearState(m_bInited);
-    SNS_ASSERT(SNS_SUCCESS == initSysConf(m_nCameraID, p_objModuleConfigure, &m_stSysConf), "");
+    SNS_ASSERT_TEXT(SNS_SUCCESS == initSysConf(m_nCameraID, p_objModuleConfigure, &m_stSysConf),
+                    "SNS_SUCCESS == initSysConf(m_nCameraID,p_objModuleConfigure, &m_stSysConf)",
+                    "");
     allocateSchemeSets();
     checkVersionStamp();
     detectDeviceFlags();

@@ -198,6 +198,10 @@ public:
     static std::atomic<int> m_nChanneldDosomething;
 
 private:
+    // The reported text of the scheme-file reads into the scratch set.
+    static constexpr const char* KEYVAL_FROM_TMP_TEXT =
+        "SNS_SUCCESS == keyValFromFile(szTmp, m_pstKeyValTmp, m_nKeyValSum)";
+
     // Bits of the state word m_stState. The word is atomic because the sensor
     // thread reads the bits while host calls set and clear them.
     static constexpr u32 m_bIniting = 1u << 0;       // init running

@@ -70,8 +70,8 @@ bool ISensorController::resetToLastParameters() {
     const char* szTmp = strName.c_str();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     setState(m_bResettingLast);
-    SNS_ASSERT(SNS_SUCCESS == keyValFromFile(szTmp, m_pstKeyValTmp.get(), m_nKeyValSum),
-               "szTmp(%s), m_nKeyValSum(%d)\n", szTmp, m_nKeyValSum);
+    SNS_ASSERT_TEXT(SNS_SUCCESS == keyValFromFile(szTmp, m_pstKeyValTmp.get(), m_nKeyValSum),
+                    KEYVAL_FROM_TMP_TEXT, "szTmp(%s), m_nKeyValSum(%d)\n", szTmp, m_nKeyValSum);
     const int nRet = setParameters(m_pstKeyValTmp.get(), m_nKeyValSum, true);
     clearState(m_bResettingLast);
     return nRet == SNS_SUCCESS;

@@ -363,8 +363,9 @@ bool ISensorController::exceedsIrPowerBudget(const KeyVal& p_stRecord) {
 
 int ISensorController::readIrPartnerFromIsp(u32 p_nPartnerKey) {
     int nVal = IR_PARTNER_UNKNOWN;
-    const bool bRead = SNS_CHECK(SNS_SUCCESS == doIaCmd(p_nPartnerKey, IA_CMD_OPT_GET, &nVal),
-                                 "get key(%d) val from 2a err", static_cast<int>(p_nPartnerKey));
+    const bool bRead =
+        SNS_CHECK_FOR("setParameters", SNS_SUCCESS == doIaCmd(p_nPartnerKey, IA_CMD_OPT_GET, &nVal),
+                      "get key(%d) val from 2a err", static_cast<int>(p_nPartnerKey));
     std::printf("### %s doIaCmd %s\n", irBudgetKeyName(p_nPartnerKey), bRead ? "sucess" : "error");
     // Whatever a failed read left in the value, the partner stays unknown.
     return bRead ? nVal : IR_PARTNER_UNKNOWN;

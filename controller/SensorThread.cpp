@@ -40,7 +40,7 @@ void ISensorController::switchByDayNight() {
     if (m_nCurScheme == nScheme || isBusy()) {
         return;
     }
-    SNS_ASSERT(SNS_SUCCESS == switch_to(nScheme), "nScheme(%d)\n", nScheme);
+    SNS_ASSERT_FOR("sensorThread", SNS_SUCCESS == switch_to(nScheme), "nScheme(%d)\n", nScheme);
 }
 
 void ISensorController::switchByTimeLpr(int p_nScheme, int p_nSchedule) {
@@ -49,11 +49,13 @@ void ISensorController::switchByTimeLpr(int p_nScheme, int p_nSchedule) {
         return;
     }
     if (nSchedule == m_nLastSchedule) {
-        SNS_ASSERT(SNS_SUCCESS == switch_to(p_nScheme), "nScheme(%d)\n", p_nScheme);
+        SNS_ASSERT_FOR("sensorThread", SNS_SUCCESS == switch_to(p_nScheme), "nScheme(%d)\n",
+                       p_nScheme);
     } else {
         // Entering the window: the LPR variant applied before may differ from
         // the stored set, so every record is applied.
-        SNS_ASSERT(SNS_SUCCESS == switch_to(p_nScheme, true), "nScheme(%d)\n", p_nScheme);
+        SNS_ASSERT_FOR("sensorThread", SNS_SUCCESS == switch_to(p_nScheme, true), "nScheme(%d)\n",
+                       p_nScheme);
     }
     m_nLastSchedule = nSchedule;
 }
@@ -70,12 +72,13 @@ void ISensorController::switchByDayNightLpr() {
 void ISensorController::switchByTime() {
     int nScheme = 0;
     int nSchedule = 0;
-    SNS_ASSERT(SNS_SUCCESS == judgeCurScheme(nScheme, nSchedule), "nScheme(%d)\n", nScheme);
+    SNS_ASSERT_FOR("sensorThread", SNS_SUCCESS == judgeCurScheme(nScheme, nSchedule),
+                   "nScheme(%d)\n", nScheme);
     if (!m_bLprMode) {
         if (m_nCurScheme == nScheme || isBusy()) {
             return;
         }
-        SNS_ASSERT(SNS_SUCCESS == switch_to(nScheme), "nScheme(%d)\n", nScheme);
+        SNS_ASSERT_FOR("sensorThread", SNS_SUCCESS == switch_to(nScheme), "nScheme(%d)\n", nScheme);
     } else if (nSchedule == 1) {
         switchByTimeLpr(nScheme, nSchedule);
     } else {

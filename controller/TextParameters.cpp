@@ -64,7 +64,8 @@ int ISensorController::setParameters(const std::string& p_strParameters, bool p_
     // A text with more pairs than a set holds is refused as a whole: applying
     // a cut list would half-apply the host's change.
     u32 nCount = 0;
-    if (keyval_str2st(p_strParameters, m_pstKeyValTmp.get(), &nCount, m_nKeyValSum) != SNS_SUCCESS) {
+    if (keyval_str2st(p_strParameters, m_pstKeyValTmp.get(), &nCount, m_nKeyValSum) !=
+        SNS_SUCCESS) {
         SNS_WARN("parameters refused: more than %u pairs in the text\n", m_nKeyValSum);
         return SNS_FAILED;
     }
@@ -111,8 +112,8 @@ bool ISensorController::getAllParameters(std::string& p_strOut) {
         }
         const std::string strName = schemeFileName(m_nCurScheme);
         const char* szTmp = strName.c_str();
-        SNS_ASSERT(SNS_SUCCESS == keyValFromFile(szTmp, m_pstKeyValTmp.get(), m_nKeyValSum),
-                   "szTmp(%s), m_nKeyValSum(%d)\n", szTmp, m_nKeyValSum);
+        SNS_ASSERT_TEXT(SNS_SUCCESS == keyValFromFile(szTmp, m_pstKeyValTmp.get(), m_nKeyValSum),
+                        KEYVAL_FROM_TMP_TEXT, "szTmp(%s), m_nKeyValSum(%d)\n", szTmp, m_nKeyValSum);
         keyval_st2str(p_strOut, m_pstKeyValTmp.get(), m_nKeyValSum);
         return true;
     }
@@ -125,9 +126,13 @@ bool ISensorController::getAllParameters(std::string& p_strOut) {
 
 bool ISensorController::getSensorParamRange(int p_nCmd, int& p_nDefault, std::string& p_strRange) {
     ia_dynamic_cmd_list_st dnaCmdList{};
-    if (!SNS_CHECK(SNS_SUCCESS == ia_ioctrl_v2(m_nCameraID - 1, IA_CMD_DYNAMIC_PARAMS_CMDS_GET,
-                                               IA_CMD_OPT_GET, (void*)(&dnaCmdList)),
-                   "")) {
+    const int nListRet =
+        ia_ioctrl_v2(m_nCameraID - 1, IA_CMD_DYNAMIC_PARAMS_CMDS_GET, IA_CMD_OPT_GET, &dnaCmdList);
+    if (!SNS_CHECK_TEXT(
+            SNS_SUCCESS == nListRet,
+            "SNS_SUCCESS == ia_ioctrl_v2(m_nCameraID-1, IA_CMD_DYNAMIC_PARAMS_CMDS_GET, "
+            "IA_CMD_OPT_GET, (void*)(&dnaCmdList))",
+            "")) {
         dnaCmdList = ia_dynamic_cmd_list_st{}; // a refused list counts as empty
     }
     if (!isListedDynamic(dnaCmdList, p_nCmd) || !isRangeCapable(p_nCmd)) {

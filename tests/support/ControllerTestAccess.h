@@ -24,6 +24,7 @@ public:
     static bool limitedIrPower(const ISensorController& c) { return c.m_bisLimitedIrPower; }
     static bool shutterPass(const ISensorController& c) { return c.m_bShutterPass; }
     static int cameraId(const ISensorController& c) { return c.m_nCameraID; }
+    static SysConfig& sysConf(ISensorController& c) { return c.m_stSysConf; }
     static const keycmd* keyCmdMap(const ISensorController& c) { return c.m_pKeyCmdMap.get(); }
 
     static std::vector<KeyVal> row(const ISensorController& c, u32 p_nScheme) {
