@@ -280,33 +280,15 @@ void IspSimulator::reset() {
 }
 
 bool IspSimulator::loadProfile(const std::string& p_strHostPath, std::string* p_pError) {
-    isp::IspProfile stProfile;
-    std::string strError;
-    if (!isp::loadProfileFile(p_strHostPath, stProfile, strError)) {
-        if (p_pError != nullptr) {
-            *p_pError = strError;
-        }
-        return false;
-    }
-    std::lock_guard<std::mutex> objLock(m_objMutex);
-    m_stProfile = std::move(stProfile);
-    resetLocked();
-    return true;
+    return installProfile(p_pError, [&](isp::IspProfile& p_stProfile, std::string& p_strError) {
+        return isp::loadProfileFile(p_strHostPath, p_stProfile, p_strError);
+    });
 }
 
 bool IspSimulator::loadProfileText(const std::string& p_strXml, std::string* p_pError) {
-    isp::IspProfile stProfile;
-    std::string strError;
-    if (!isp::parseProfile(p_strXml, stProfile, strError)) {
-        if (p_pError != nullptr) {
-            *p_pError = strError;
-        }
-        return false;
-    }
-    std::lock_guard<std::mutex> objLock(m_objMutex);
-    m_stProfile = std::move(stProfile);
-    resetLocked();
-    return true;
+    return installProfile(p_pError, [&](isp::IspProfile& p_stProfile, std::string& p_strError) {
+        return isp::parseProfile(p_strXml, p_stProfile, p_strError);
+    });
 }
 
 void IspSimulator::loadDefaultProfile() {

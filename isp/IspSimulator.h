@@ -112,6 +112,21 @@ private:
     template <typename Fn> bool forChannels(int p_nChannel, Fn p_fnApply);
 
     void resetLocked();
+    // Reads a profile with p_fnRead and, when it reads, makes it the one in force.
+    template <typename Fn> bool installProfile(std::string* p_pError, Fn p_fnRead) {
+        isp::IspProfile stProfile;
+        std::string strError;
+        if (!p_fnRead(stProfile, strError)) {
+            if (p_pError != nullptr) {
+                *p_pError = strError;
+            }
+            return false;
+        }
+        std::lock_guard<std::mutex> objLock(m_objMutex);
+        m_stProfile = std::move(stProfile);
+        resetLocked();
+        return true;
+    }
     void resetChannel(int p_nChannel);
     static void followLight(ChannelState& p_stChannel);
 
