@@ -25,9 +25,9 @@ constexpr u32 LIGHT_TYPE_INTELLIGENT = 2;
 constexpr std::uint64_t IR_POWER_BUDGET = 100;
 // "Partner value unknown" in the infrared budget check.
 constexpr int IR_PARTNER_UNKNOWN = -1;
-// Room for the largest record an ISP read may return; the records that cross
-// into the ISP library are at most a few hundred bytes.
-constexpr std::size_t ISP_READ_SCRATCH_WORDS = 1024 / sizeof(int32_t);
+// Room for the largest record the ISP may read or write for one command; the
+// records that cross into the ISP library are at most a few hundred bytes.
+constexpr std::size_t ISP_RECORD_SCRATCH_WORDS = 1024 / sizeof(int32_t);
 
 // A key the ISP knows and the twin the intelligent light mode keeps beside it.
 struct TwinPair {
@@ -220,6 +220,11 @@ int ISensorController::setParameters(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p
     if (p_pKeyval == nullptr && p_nKeyValSum != 0) {
         return SNS_FAILED;
     }
+    // A key without a row of its own goes to the ISP as is, and for a record
+    // command (the diagnostic record, the time record, ...) the ISP reads a
+    // whole record: handlers get the value as the first word of room for any
+    // record, never the 8-byte record in the caller's list.
+    std::array<u32, ISP_RECORD_SCRATCH_WORDS> arrValue{};
     for (u32 i = 0; i < p_nKeyValSum; ++i) {
         KeyVal& stRecord = p_pKeyval[i];
         if (p_bCache && isKeyValSame(stRecord)) {
@@ -242,8 +247,10 @@ int ISensorController::setParameters(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p
                 SNS_PRINT(5, sensordiag::COLOUR_GREEN, "not find (%d) \n", static_cast<int>(nKey));
             }
             traceSet(stKeyCmdTmp, stRecord.value);
+            arrValue[0] = stRecord.value;
             const int nRet =
-                (this->*stKeyCmdTmp.func)(stKeyCmdTmp.ia_cmd, IA_CMD_OPT_SET, &stRecord.value);
+                (this->*stKeyCmdTmp.func)(stKeyCmdTmp.ia_cmd, IA_CMD_OPT_SET, arrValue.data());
+            stRecord.value = arrValue[0];
             if (nRet != SNS_SUCCESS) {
                 if (isReportedFailure(nRet)) {
                     SNS_ERR("set %.32s (%d,%d) func:%s ia_cmd:%d ~~~failed ia_ret=%d\n",
@@ -424,7 +431,7 @@ bool ISensorController::getParameter(int p_nKey, int& p_nVal) {
     // version text, ...) with the whole record, larger than the one value the
     // host asked for: it is read into room for any record, and the value is
     // the record's first word.
-    std::array<int32_t, ISP_READ_SCRATCH_WORDS> arrRead{};
+    std::array<int32_t, ISP_RECORD_SCRATCH_WORDS> arrRead{};
     const bool bRead =
         SNS_CHECK_TEXT(SNS_SUCCESS == doIaCmd(p_nKey, IA_CMD_OPT_GET, arrRead.data()),
                        "SNS_SUCCESS == doIaCmd(p_nKey, IA_CMD_OPT_GET, &p_nVal)",

@@ -49,6 +49,18 @@ TEST(FuzzRegressionTest, ReadingRecordCommandsGivesTheirFirstWordAndNothingMore)
     GetCapturedStdout();
 }
 
+// A key without a row goes to the ISP as is; for a record command the ISP
+// reads a whole record, which once took the records after it in the host's
+// list (or the memory past the list) as the rest of the record.
+TEST(FuzzRegressionTest, WritingARecordCommandSendsTheValueAndZerosNotTheNextRecords) {
+    SampleDevice objDevice("ipc");
+    CaptureStdout();
+    ISensorController& objChannel = objDevice.bringUp(1);
+    objChannel.setParameters("(2816,5)(34,50)(2337,128)", false);
+    GetCapturedStdout();
+    EXPECT_EQ(objDevice.isp().getRecord(0, 2816), wordsAsBytes({5, 0, 0, 0}, 16));
+}
+
 // A text that ends inside a multi-byte UTF-8 character made the XML parser
 // step over the terminator and take what followed it in memory as more text.
 TEST(FuzzRegressionTest, AStyleEndingInsideAUtf8CharacterEndsAtItsTerminator) {
