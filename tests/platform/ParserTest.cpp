@@ -45,7 +45,7 @@ TEST(SystemInfoParser, ReadsTheDeviceSectionOrGivesFalseAndDefaults) {
     EXPECT_EQ("no 0//", parsed("/mnt/none.ini"));
 }
 
-TEST(ModuleConfigureParser, ReturnsMatchingModulesInDocumentOrder) {
+TEST(ModuleConfigureParser, ReturnsMatchingModulesInDocumentOrderAndBrokenFilesGiveNothing) {
     sensortest::TempDeviceRoot root;
     root.writeFile(kXml, R"xml(<?xml version="1.0"?>
 <ModuleConfig>
@@ -66,10 +66,7 @@ TEST(ModuleConfigureParser, ReturnsMatchingModulesInDocumentOrder) {
     EXPECT_EQ("p=1", modules[1].getParameters());
     EXPECT_FALSE(ModuleConfigureParser::parse(kXml, "Hi3516AV200", "NONE", modules));
     EXPECT_TRUE(modules.empty()) << "no match leaves nothing to take";
-}
-
-TEST(ModuleConfigureParser, BrokenFilesGiveFalseAndNothing) {
-    sensortest::TempDeviceRoot root;
+    EXPECT_FALSE(ModuleConfigureParser::parse("/hd1/none.xml", "M", "C", modules));
     for (const char* text :
          {"<ModuleConfig><Module id=\"1\" hardware_model=\"M\" hardware_code=\"C\">",
           "<Modules><Module id=\"1\" hardware_model=\"M\" hardware_code=\"C\"/></Modules>",
@@ -77,12 +74,10 @@ TEST(ModuleConfigureParser, BrokenFilesGiveFalseAndNothing) {
           "<Module id=\"2x\" hardware_model=\"M\" hardware_code=\"C\"/></ModuleConfig>",
           ""}) {
         root.writeFile(kXml, text);
-        std::vector<ModuleConfigure> modules(1);
+        modules.resize(1);
         EXPECT_FALSE(ModuleConfigureParser::parse(kXml, "M", "C", modules)) << text;
         EXPECT_TRUE(modules.empty()) << text;
     }
-    std::vector<ModuleConfigure> modules;
-    EXPECT_FALSE(ModuleConfigureParser::parse("/hd1/none.xml", "M", "C", modules));
 }
 
 TEST(DeviceType, AcceptsOnlyTheSixteenNumbers) {

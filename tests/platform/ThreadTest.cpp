@@ -29,28 +29,23 @@ protected:
 using GThreadTest = ClockTest;
 using VirtualClockTest = ClockTest;
 
-class PassCounter {
-public:
+struct PassCounter {
     int pass() { return tick(TavrinTime(0, 1000)); }
     int longPause() { return tick(TavrinTime(1, 0)); } // as the sensor thread's pass does
     int started() { return ++m_nStarts; }
     int ended() { return ++m_nEnds; }
     int fail() { throw std::runtime_error("pass failed"); }
-    void waitFor(int n) const {
-        while (m_nPasses.load() < n) {
-            std::this_thread::yield();
-        }
-    }
-    std::atomic<int> m_nPasses{0};
-    std::atomic<int> m_nStarts{0};
-    std::atomic<int> m_nEnds{0};
-
-private:
     int tick(TavrinTime pause) {
         ++m_nPasses;
         pause.wait();
         return 0;
     }
+    void waitFor(int n) const {
+        while (m_nPasses.load() < n) {
+            std::this_thread::yield();
+        }
+    }
+    std::atomic<int> m_nPasses{0}, m_nStarts{0}, m_nEnds{0};
 };
 
 function<int> none() {
@@ -68,15 +63,6 @@ private:
     std::atomic<int>& m_destroyed;
 };
 using CallablePtr = SafePointer<function_obj_base<int>>;
-
-int seven() {
-    return 7;
-}
-
-struct Counter {
-    int tick() { return ++m_nTicks; }
-    int m_nTicks = 0;
-};
 
 // The VXRuntimeError text of make() and what it printed, joined by '|'.
 template <typename Make> std::string report(Make make) {
@@ -100,25 +86,22 @@ TEST_F(GThreadTest, RunsBodyRepeatedlyUntilStoppedAndRestarts) {
                    function<int>(&counter, &PassCounter::started),
                    function<int>(&counter, &PassCounter::ended));
     EXPECT_FALSE(thread.isRunning());
-    ASSERT_TRUE(thread.start());
-    EXPECT_FALSE(thread.start()) << "already running";
-    counter.waitFor(3);
-    EXPECT_TRUE(thread.stop());
-    const int afterStop = counter.m_nPasses.load();
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_EQ(afterStop, counter.m_nPasses.load()) << "no pass after stop returned";
-    EXPECT_EQ(1, counter.m_nStarts.load());
-    EXPECT_EQ(1, counter.m_nEnds.load());
-    ASSERT_TRUE(thread.start());
-    counter.waitFor(afterStop + 2);
-    EXPECT_TRUE(thread.stop());
-    EXPECT_EQ(2, counter.m_nStarts.load());
-    EXPECT_EQ(2, counter.m_nEnds.load());
+    for (int nRun = 1; nRun <= 2; ++nRun) {
+        ASSERT_TRUE(thread.start());
+        EXPECT_FALSE(thread.start()) << "already running";
+        counter.waitFor(counter.m_nPasses.load() + 2);
+        EXPECT_TRUE(thread.stop());
+        const int afterStop = counter.m_nPasses.load();
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        EXPECT_EQ(afterStop, counter.m_nPasses.load()) << "no pass after stop returned";
+        EXPECT_EQ(std::make_pair(nRun, nRun),
+                  std::make_pair(counter.m_nStarts.load(), counter.m_nEnds.load()));
+    }
     EXPECT_TRUE(thread.stop()) << "stopping a stopped thread is harmless";
     ASSERT_TRUE(thread.start()); // left running: destruction must stop it
 }
 
-TEST_F(GThreadTest, StopWakesABodyPausingOnTheRealClock) {
+TEST_F(GThreadTest, StopWakesAPausingBodyAndAThrowingBodyEndsItsThreadOnly) {
     PassCounter counter;
     GThread thread(function<int>(&counter, &PassCounter::longPause), "SensorThread", none(),
                    none());
@@ -129,16 +112,13 @@ TEST_F(GThreadTest, StopWakesABodyPausingOnTheRealClock) {
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(900));
     EXPECT_FALSE(thread.isRunning());
     EXPECT_EQ(1, counter.m_nPasses.load()) << "joined: the pause ended the loop";
-}
 
-TEST_F(GThreadTest, ThrowingBodyEndsItsThreadOnly) {
-    PassCounter counter;
-    GThread thread(function<int>(&counter, &PassCounter::fail), "Failing", none(), none());
-    ASSERT_TRUE(thread.start());
-    while (thread.isRunning()) {
+    GThread failing(function<int>(&counter, &PassCounter::fail), "Failing", none(), none());
+    ASSERT_TRUE(failing.start());
+    while (failing.isRunning()) {
         std::this_thread::yield();
     }
-    EXPECT_TRUE(thread.stop());
+    EXPECT_TRUE(failing.stop());
 }
 
 TEST_F(VirtualClockTest, PausesCostNothingAndAdvanceTheTimeOfDay) {
@@ -194,7 +174,7 @@ TEST(SafePointer, NullPointersAreReportedAndThrown) {
               report([&p] { CallablePtr copy(p); }));
 }
 
-TEST(SafePointer, LastHolderDestroysTheObjectOnce) {
+TEST(SafePointer, LastHolderDestroysTheObjectOnceAndAssignmentReleases) {
     std::atomic<int> destroyed{0};
     const std::size_t liveBefore = RefCountManager::getInstance()->liveCount();
     {
@@ -228,16 +208,13 @@ TEST(SafePointer, LastHolderDestroysTheObjectOnce) {
         t.join();
     }
     EXPECT_EQ(2, destroyed.load());
-}
 
-TEST(SafePointer, AssignmentAndRewrappingKeepOneCountPerObject) {
-    std::atomic<int> destroyedA{0};
     std::atomic<int> destroyedB{0};
     auto* probeB = new Probe(destroyedB);
-    CallablePtr a(new Probe(destroyedA));
+    CallablePtr a(new Probe(destroyed));
     CallablePtr b(probeB);
     a = b;
-    EXPECT_EQ(1, destroyedA.load()) << "assignment released the old object";
+    EXPECT_EQ(3, destroyed.load()) << "assignment released the old object";
     CallablePtr& alias = a;
     a = alias;
     {
@@ -262,23 +239,25 @@ TEST(RefCount, GoneObjectsRefuseNewReferences) {
 }
 
 TEST(Function, PlainAndMemberCallablesSharedByCopies) {
-    function<int> f(&seven);
+    function<int> f(+[] { return 7; });
     function<int> g(f);
     EXPECT_EQ(7, f());
     EXPECT_EQ(7, g());
     EXPECT_EQ(f.callable().get(), g.callable().get());
     EXPECT_THROW(function<int>(static_cast<int (*)()>(nullptr)), VXRuntimeError);
 
-    Counter counter;
-    function<int> m(&counter, &Counter::tick);
+    PassCounter counter;
+    function<int> m(&counter, &PassCounter::started);
     EXPECT_EQ(1, m());
     EXPECT_EQ(2, m());
-    EXPECT_EQ(2, counter.m_nTicks);
+    EXPECT_EQ(2, counter.m_nStarts.load());
     // The spelled-out form: callable object, then SafePointer, then function.
-    using Bound = function_obj<int, bind_funcobj0<int, Counter>>;
-    function<int> s(CallablePtr(new Bound(bind_funcobj0<int, Counter>(&Counter::tick, &counter))));
+    using Bind = bind_funcobj0<int, PassCounter>;
+    function<int> s(
+        CallablePtr(new function_obj<int, Bind>(Bind(&PassCounter::started, &counter))));
     EXPECT_EQ(3, s());
-    EXPECT_THROW(function<int>(static_cast<Counter*>(nullptr), &Counter::tick), VXRuntimeError);
+    EXPECT_THROW(function<int>(static_cast<PassCounter*>(nullptr), &PassCounter::started),
+                 VXRuntimeError);
     const char* noText = nullptr;
     EXPECT_STREQ("", VXRuntimeError(noText).what());
 }
