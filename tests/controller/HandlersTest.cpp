@@ -56,16 +56,13 @@ TEST_F(HandlersTest, MirrorAndBeawayTellTheVideoModuleFirst) {
 
 TEST_F(HandlersTest, ShowFlagsComeBackInTheOutParameter) {
     bool bShow = false;
-    EXPECT_TRUE(ctl().getShowWDRFalg(bShow));
-    EXPECT_TRUE(bShow);
+    EXPECT_TRUE(ctl().getShowWDRFalg(bShow) && bShow);
     ctl().setShowBeawayFalg(false);
     ctl().setShowWDRFalg(false);
-    EXPECT_TRUE(ctl().getShowBeawayFalg(bShow));
-    EXPECT_FALSE(bShow);
+    EXPECT_TRUE(ctl().getShowBeawayFalg(bShow) && !bShow);
     EXPECT_FALSE(getshowBeawayFalg());
     bShow = true;
-    EXPECT_TRUE(ctl().getShowWDRFalg(bShow));
-    EXPECT_FALSE(bShow);
+    EXPECT_TRUE(ctl().getShowWDRFalg(bShow) && !bShow);
 }
 
 TEST_F(HandlersTest, WdrStabilisationTestAndImageKeysReachTheVideoModule) {
