@@ -100,7 +100,7 @@ TEST_F(DiagnosticsTest, MarkerFileSetsLevelAndAbortSwitch) {
     }
 }
 
-TEST_F(DiagnosticsTest, FailedCheckIsPrintedAndLoggedExactlyUnlessSilenced) {
+TEST_F(DiagnosticsTest, FailedCheckIsPrintedAndLoggedExactlyBoundedAndUnlessSilenced) {
     EXPECT_EQ("\033[0m\033[31m[sensor assert] file:SensorFile fun:failCheck line:#\n"
               "1 + 1 == 3   ~~~Assertion failed.\n\033[0m\033[0m\033[31mnScheme(7)\n\033[0m",
               capture(failCheck));
@@ -114,13 +114,6 @@ TEST_F(DiagnosticsTest, FailedCheckIsPrintedAndLoggedExactlyUnlessSilenced) {
                   SNS_ASSERT(0 != 0, "");
               }).find("0 != 0   ~~~Assertion failed.\n\033[0m\033[0m\033[31m\033[0m"));
 
-    std::remove(m_objRoot.hostPath(kLogPath).c_str());
-    setMarker("-1\n0\n");
-    EXPECT_EQ("", capture(failCheck));
-    EXPECT_EQ("", errorLog());
-}
-
-TEST_F(DiagnosticsTest, LongMessagesAreBoundedNeverOverrun) {
     const std::string strLong(1500, 'x');
     EXPECT_NE(std::string::npos, capture([&] {
                                      SNS_ASSERT(strLong.empty(), "%s\n", strLong.c_str());
@@ -131,6 +124,11 @@ TEST_F(DiagnosticsTest, LongMessagesAreBoundedNeverOverrun) {
     const std::string strOut = capture([&] { SNS_ASSERT(strHuge.empty(), "%s", strHuge.c_str()); });
     EXPECT_LT(strOut.size(), strHuge.size());
     EXPECT_NE(std::string::npos, strOut.find(std::string(1000, 'y')));
+
+    std::remove(m_objRoot.hostPath(kLogPath).c_str());
+    setMarker("-1\n0\n");
+    EXPECT_EQ("", capture(failCheck));
+    EXPECT_EQ("", errorLog());
 }
 
 using DiagnosticsDeathTest = DiagnosticsTest;

@@ -59,7 +59,7 @@ TEST(KeyValTextTest, GroupsAreWrittenSignedAndReadSkippingJunkWithinTheCapacity)
 
 using KeyValTest = ConfigTest;
 
-TEST_F(KeyValTest, FirstEntryOfEachDynamicKeyIsCorrected) {
+TEST_F(KeyValTest, FirstEntryOfEachDynamicKeyIsCorrectedFailuresAndAbsurdCountsReported) {
     isp().setDynamicCommands(1, {49, 2368, 16});
     ia_dynamic_params_attr_st stAttr{};
     stAttr.items_cnt = 3;
@@ -70,9 +70,7 @@ TEST_F(KeyValTest, FirstEntryOfEachDynamicKeyIsCorrected) {
     EXPECT_EQ(keyval_correct(1, arrSet, 5), SNS_SUCCESS);
     EXPECT_EQ(text(arrSet, 5), "(8000,9)(49,6)(2368,12)(49,7)(34,999)");
     EXPECT_TRUE(logged("[sensor assert] cmd_list[2]=16")); // dynamic but not in the set
-}
 
-TEST_F(KeyValTest, CorrectionFailuresAndAbsurdCountsAreReported) {
     EXPECT_EQ(keyval_correct(0, nullptr, 1), SNS_FAILED);
     EXPECT_TRUE(logged("NULL != p_pKeyval   ~~~Assertion failed."));
     dynamic(49, 3, {3, 6});

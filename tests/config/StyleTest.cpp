@@ -76,7 +76,7 @@ TEST_F(StyleTest, DiversityConditionsCompareFiveCharacters) {
     }
 }
 
-TEST_F(StyleTest, EditsKeepPositionsSeeEarlierEditsAndSkipWhatIsOutsideTheFormat) {
+TEST_F(StyleTest, EditsSeeEarlierEditsSkipWhatIsOutsideTheFormatAndReportBrokenDocuments) {
     EXPECT_EQ(merge("(m=4)", "<A m='4'><Modify tab_key='image'><T key='image' n='2'/></Modify>"
                              "<AddAfter tab_key='image'><T key='wb'/></AddAfter>"
                              "<Delete tab_key='exp'/></A>"
@@ -97,9 +97,7 @@ TEST_F(StyleTest, EditsKeepPositionsSeeEarlierEditsAndSkipWhatIsOutsideTheFormat
           "NULL != (node_second = node_first->FirstChildElement())"}) {
         EXPECT_NE(strLog.find(szText), std::string::npos) << szText;
     }
-}
 
-TEST_F(StyleTest, BrokenDocumentsAreReported) {
     EXPECT_EQ(merge("(m=1)", "<E m='1'/>", "<S><T key='a'></S>"), "");
     EXPECT_TRUE(logged("doc_style.LoadMem(*ui_style, TIXML_ENCODING_UTF8)"));
     EXPECT_EQ(merge("(m=1)", "<E m='1'><Delete tab_key='ir'/>"), xml(BASE));
@@ -109,7 +107,7 @@ TEST_F(StyleTest, BrokenDocumentsAreReported) {
     EXPECT_TRUE(logged("NULL != (tab_node = doc_style->RootElement()->FirstChildElement())"));
 }
 
-TEST_F(StyleTest, IspRewritesDefaultsAndItemsOfEveryMatch) {
+TEST_F(StyleTest, IspRewritesDefaultsAndItemsOfEveryMatchAndFeatureFlagsHideControls) {
     dynamic(2337, 50, {0, 50, 100});
     EXPECT_EQ(dna("<S><T><C id='2337' value='10'><I index='0'/><I index='25'/><I index='50'/>"
                   "<I index='75'/><I index='100'/></C><C id='34' value='1'><I index='2'/></C></T>"
@@ -126,6 +124,17 @@ TEST_F(StyleTest, IspRewritesDefaultsAndItemsOfEveryMatch) {
     getDnaValbyCmdId(objDoc.RootElement(), 7, nVal);
     EXPECT_STREQ(pFound->Attribute("value"), "2"); // the last match; nothing below a match
     EXPECT_EQ(nVal, 2);
+
+    const std::string strStyle = "<S><C id='10'/><C id='11'/><C id='2368'/><C id='2369'/>"
+                                 "<C id='2048'/><C id='2064'/></S>";
+    EXPECT_EQ(dna(strStyle, true, true),
+              xml("<S><C id='2368'/><C id='2369'/><C id='2048'/><C id='2064'/></S>"));
+    EXPECT_EQ(dna(strStyle, false, false), xml("<S/>"));
+    setshowBeawayFalg(false);
+    EXPECT_EQ(dna(strStyle, false, true), xml("<S><C id='11'/><C id='2048'/><C id='2064'/></S>"));
+    // Without 2368 only 2369 goes; of two controls of a key the last one goes.
+    EXPECT_EQ(dna("<S><C id='2369'/><C id='10' n='1'/><C id='10' n='2'/></S>", false),
+              xml("<S><C id='10' n='1'/></S>"));
 }
 
 TEST_F(StyleTest, StylePresetsOfTheShutterKeys) {
@@ -147,19 +156,6 @@ TEST_F(StyleTest, StylePresetsOfTheShutterKeys) {
     dynamic(34, 3, {3, 6});
     EXPECT_EQ(dna("<S><C id='1537'/><C id='34' value='6'/></S>"),
               xml("<S><C id='1537' value='0'/><C id='34' value='3'/></S>"));
-}
-
-TEST_F(StyleTest, FeatureFlagsHideControls) {
-    const std::string strStyle = "<S><C id='10'/><C id='11'/><C id='2368'/><C id='2369'/>"
-                                 "<C id='2048'/><C id='2064'/></S>";
-    EXPECT_EQ(dna(strStyle, true, true),
-              xml("<S><C id='2368'/><C id='2369'/><C id='2048'/><C id='2064'/></S>"));
-    EXPECT_EQ(dna(strStyle, false, false), xml("<S/>"));
-    setshowBeawayFalg(false);
-    EXPECT_EQ(dna(strStyle, false, true), xml("<S><C id='11'/><C id='2048'/><C id='2064'/></S>"));
-    // Without 2368 only 2369 goes; of two controls of a key the last one goes.
-    EXPECT_EQ(dna("<S><C id='2369'/><C id='10' n='1'/><C id='10' n='2'/></S>", false),
-              xml("<S><C id='10' n='1'/></S>"));
 }
 
 TEST_F(StyleTest, FaultsAreReportedAndTheRestGoesOn) {

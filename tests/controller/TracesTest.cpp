@@ -35,7 +35,7 @@ protected:
     }
 };
 
-TEST_F(TracesTest, AppliedKeysPrintTheirRowsInRedAboveLevelFive) {
+TEST_F(TracesTest, AppliedKeysAndDayNightRecordsPrintTheirRowsInRedAboveLevelFive) {
     EXPECT_EQ(printed({{34, 40}}), setTrace("KEY_BRIGHTNESS", 34, 40) + "\n");
     // A twin traces its normal row; long names are cut at 32 characters.
     EXPECT_EQ(printed({{168, 3}, {8102, 4}}),
@@ -43,11 +43,6 @@ TEST_F(TracesTest, AppliedKeysPrintTheirRowsInRedAboveLevelFive) {
                   setTrace("KEY_MIXSTREAM_DISTANCE_WIDTH_OFF", 8102, 4,
                            "&ISensorController::doIaCmd_PanoTuning") +
                   "\n");
-    setDebugLevel(5);
-    EXPECT_EQ(printed({{34, 41}, {146, 30}}), "\n");
-}
-
-TEST_F(TracesTest, DayNightRecordsAreTracedAsSent) {
     EXPECT_EQ(printed({{146, 30}, {150, 15}}),
               setTrace("KEY_NTD_THR", 146, 30, "&ISensorController::doDNThr") +
                   coloured(0, "m_nCurScheme(0) dn_thr_st.d2n_thr(70) dn_thr_st.n2d_thr(30)  "
@@ -56,6 +51,8 @@ TEST_F(TracesTest, DayNightRecordsAreTracedAsSent) {
                   coloured(0, "m_nCurScheme(0) dn_time_st.d2n_hour(18) dn_time_st.d2n_min(15) "
                               "dn_time_st.n2d_hour(6) dn_time_st.n2d_min(30) \n") +
                   "\n");
+    setDebugLevel(5);
+    EXPECT_EQ(printed({{34, 41}, {146, 35}}), "\n");
 }
 
 TEST_F(TracesTest, RefusedKeyPrintsTheFailureLineOnlyForIspErrors) {
