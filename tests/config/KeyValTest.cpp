@@ -88,7 +88,7 @@ TEST_F(KeyValTest, FirstEntryOfEachDynamicKeyIsCorrectedFailuresAndAbsurdCountsR
     EXPECT_TRUE(logged("cmd_cnt(40)"));
 }
 
-TEST_F(KeyValTest, FileIsKeyThenValueLittleEndianAndALongerOneLoadsItsStart) {
+TEST_F(KeyValTest, FilesAreLittleEndianPairsAndLongShortOrMissingOnesLoadSafely) {
     m_objRoot.writeFile(PARAM_FILE, std::string(64, 'x')); // a longer old file is replaced
     const KeyVal arrSet[] = {{8000, 1}, {0x01020304u, 0xA0B0C0D0u}};
     EXPECT_EQ(keyValToFile(PARAM_FILE, arrSet, 2), SNS_SUCCESS);
@@ -101,17 +101,15 @@ TEST_F(KeyValTest, FileIsKeyThenValueLittleEndianAndALongerOneLoadsItsStart) {
     EXPECT_EQ(keyValFromFile(PARAM_FILE, &stFirst, 1), SNS_SUCCESS);
     EXPECT_EQ(stFirst.key, 8000u);
     EXPECT_EQ(takeLog(), "") << "a longer file loads its first records without a report";
-}
 
-TEST_F(KeyValTest, ShortMissingOrRefusedFilesAreReportedAndKeepWhatWasThere) {
     const std::string strShort = bytes({7, 0, 0, 0, 8, 0, 0, 0, 9, 0, 0, 0}); // 1.5 records
     m_objRoot.writeFile(PARAM_FILE, strShort);
-    KeyVal arrSet[3] = {{1, 1}, {2, 2}, {3, 3}};
-    EXPECT_EQ(keyValFromFile(PARAM_FILE, arrSet, 3), SNS_SUCCESS);
-    EXPECT_EQ(text(arrSet, 3), "(7,8)(2,2)(3,3)") << "the cut record is not half-applied";
+    KeyVal arrKept[3] = {{1, 1}, {2, 2}, {3, 3}};
+    EXPECT_EQ(keyValFromFile(PARAM_FILE, arrKept, 3), SNS_SUCCESS);
+    EXPECT_EQ(text(arrKept, 3), "(7,8)(2,2)(3,3)") << "the cut record is not half-applied";
     EXPECT_TRUE(logged("nSize == sizeof(KeyVal)*p_nKeyValNum   ~~~Assertion failed."));
-    EXPECT_EQ(keyValFromFile("/mnt/none.cfg", arrSet, 3), SNS_SUCCESS);
-    EXPECT_EQ(text(arrSet, 3), "(7,8)(2,2)(3,3)");
+    EXPECT_EQ(keyValFromFile("/mnt/none.cfg", arrKept, 3), SNS_SUCCESS);
+    EXPECT_EQ(text(arrKept, 3), "(7,8)(2,2)(3,3)");
     EXPECT_TRUE(logged("file_name(/mnt/none.cfg) nSize(-1) sizeof(KeyVal) = 8, p_nKeyValNum(3)"));
 
     EXPECT_EQ(keyValToFile(PARAM_FILE, nullptr, 3), SNS_FAILED);

@@ -90,7 +90,7 @@ protected:
     u32 m_nSchemeSum = 0;
 };
 
-TEST_F(SampleDeviceTest, EveryChannelComesUpCleanWithTheSchemeKeysFirst) {
+TEST_F(SampleDeviceTest, EveryChannelComesUpCleanWithTheSchemeKeysFirstAndItsOwnShape) {
     const std::pair<const char*, int> arrChannels[] = {
         {"ipc", 1}, {"dome", 1}, {"lpr", 1}, {"thermal", 1}, {"thermal", 2}};
     for (const auto& [szDevice, nChannel] : arrChannels) {
@@ -110,9 +110,8 @@ TEST_F(SampleDeviceTest, EveryChannelComesUpCleanWithTheSchemeKeysFirst) {
         std::set<u32> setIds;
         walk(objDoc.RootElement(), setIds, true);
     }
-}
 
-TEST_F(SampleDeviceTest, DiversityAndProfilesShapeEachDevice) {
+    // Diversity and profiles shape each device.
     std::map<u32, u32> mapSet = byKey(bringUp("ipc", 1));
     EXPECT_EQ(mapSet.count(KEY_AUTO_FOCUS_MODE), 0u); // fixed lens
     EXPECT_EQ(mapSet.at(KEY_MAX_SHUTTER), 6u);        // style preset the sensor allows

@@ -295,7 +295,7 @@ TEST_F(ShutterTest, StepsFollowTheIspListOrderAndStayAtTheEnds) {
     EXPECT_EQ(0, index()) << "8 is first in the ISP's order";
 }
 
-TEST_F(ShutterTest, ValueMissingRefusedReadOrNoListChangesNothing) {
+TEST_F(ShutterTest, MissingValueRefusedReadNoListOrBadIndexChangeNothing) {
     ISensorController& c = upDome();
     const std::optional<int> nBefore = param(KEY_MAX_SHUTTER);
     offer({1, 2, 4, 8}, 3);
@@ -315,10 +315,7 @@ TEST_F(ShutterTest, ValueMissingRefusedReadOrNoListChangesNothing) {
     EXPECT_EQ(std::nullopt, index());
     EXPECT_TRUE(writes().empty());
     EXPECT_EQ(nBefore, param(KEY_MAX_SHUTTER));
-}
 
-TEST_F(ShutterTest, SetByIndexChecksTheBoundsAndOnlyThirtyValuesCount) {
-    ISensorController& c = upDome();
     offer({1, 2, 4, 8}, 2);
     EXPECT_FALSE(c.setShutterValue(4));
     EXPECT_FALSE(c.setShutterValue(-1));
