@@ -95,7 +95,7 @@ TEST_F(HandlersTest, WdrStabilisationTestAndImageKeysReachTheVideoModule) {
         "2436=14", {"fun:doImageAdjust"}, [this] { m_objIsp.failCommand(-1, 2436, -1, -1); });
 }
 
-TEST_F(HandlersTest, FirstShutterActionAfterReleaseAlwaysGoesOut) {
+TEST_F(HandlersTest, FirstShutterActionAfterReleaseGoesOutAndFieldOfViewGoesToChannelOne) {
     installAlike(makeSet("8211=0"));
     Access::setShutterPass(ctl(), true);
     Access::setState(ctl(), Access::switchingBit());
@@ -105,9 +105,8 @@ TEST_F(HandlersTest, FirstShutterActionAfterReleaseAlwaysGoesOut) {
     Access::clearState(ctl(), Access::switchingBit());
     EXPECT_EQ(apply({{8211, 2}}), 0);
     EXPECT_EQ(sent(), "8211=1 8211=2");
-}
 
-TEST_F(HandlersTest, FieldOfViewRequestIsHandedToChannelOne) {
+    // A field-of-view request is handed to channel 1.
     ctl().setChannelID(2);
     installAlike(makeSet("8104=0"));
     EXPECT_EQ(apply({{8104, 1}}), 0);

@@ -55,7 +55,7 @@ TEST_F(TracesTest, AppliedKeysAndDayNightRecordsPrintTheirRowsInRedAboveLevelFiv
     EXPECT_EQ(printed({{34, 41}, {146, 35}}), "\n");
 }
 
-TEST_F(TracesTest, RefusedKeyPrintsTheFailureLineOnlyForIspErrors) {
+TEST_F(TracesTest, RefusedAndUnknownKeysAreReported) {
     m_objIsp.failCommand(-1, 34, -1, -1);
     EXPECT_EQ(printed({{34, 40}}),
               setTrace("KEY_BRIGHTNESS", 34, 40) +
@@ -66,9 +66,9 @@ TEST_F(TracesTest, RefusedKeyPrintsTheFailureLineOnlyForIspErrors) {
     m_objIsp.clearFailures();
     m_objIsp.failCommand(-1, 34, -1, -7);
     EXPECT_EQ(printed({{34, 41}}), setTrace("KEY_BRIGHTNESS", 34, 41));
-}
 
-TEST_F(TracesTest, UnknownKeyIsReportedStepByStepAndSentAsItsOwnCommand) {
+    // An unknown key is reported step by step and sent as its own command.
+    clearRecords();
     EXPECT_EQ(printed({{12, 5}}),
               coloured(0, "cand not find key-cmd while key=12\n") +
                   coloured(31, "[sensor assert] file:ISensorController fun:setParameters "
