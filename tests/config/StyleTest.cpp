@@ -207,7 +207,7 @@ TEST_F(StyleTest, AbsurdCountsAreClampedToTheRecords) {
     EXPECT_TRUE(logged("style items beyond the record: 6"));
 }
 
-TEST_F(StyleTest, EnableListsAndNodeRemoval) {
+TEST_F(StyleTest, EnableListsNodeRemovalAndTheXmlDocumentExtension) {
     TiXmlDocumentEx objDoc;
     objDoc.LoadMem("<S><C id='112'/><C id='128'/><C id='34'/></S>", TIXML_ENCODING_UTF8);
     TiXmlElement* pRoot = objDoc.RootElement();
@@ -220,6 +220,26 @@ TEST_F(StyleTest, EnableListsAndNodeRemoval) {
     std::string strOut;
     objDoc.getXmlString(strOut);
     EXPECT_EQ(strOut, xml("<S><C id='112' enable_list='128'/><C id='128' enable_list='112'/></S>"));
+
+    TiXmlDocumentEx objFile;
+    EXPECT_FALSE(objFile.LoadMem("<a><b></a>", TIXML_ENCODING_UTF8));
+    EXPECT_EQ(objFile.FirstChild(), nullptr); // nothing of a broken text is kept
+    EXPECT_FALSE(objFile.LoadMem(nullptr, TIXML_ENCODING_UTF8));
+    objFile.LoadMem("<?xml version=\"1.0\"?><a x='1'><b>t</b></a><z/>", TIXML_ENCODING_UTF8);
+    EXPECT_FALSE(objFile.SaveFile()); // parsed from memory: no name of its own
+    ASSERT_TRUE(objFile.SaveFile("/hd1/x.xml"));
+    ASSERT_TRUE(objFile.TiXmlDocument::SaveFile(m_objRoot.hostPath("/hd1/lib.xml").c_str()));
+    EXPECT_EQ(m_objRoot.readFile("/hd1/x.xml"), m_objRoot.readFile("/hd1/lib.xml"));
+    std::string strText;
+    objFile.getXmlString(strText);
+    EXPECT_EQ(strText, m_objRoot.readFile("/hd1/lib.xml")); // exactly what the library saves
+    ASSERT_TRUE(objFile.LoadMem("<q/>", TIXML_ENCODING_UTF8));
+    EXPECT_STREQ(objFile.RootElement()->Value(), "q") << "a new text replaces the document";
+    ASSERT_TRUE(objFile.LoadFile("/hd1/x.xml", TIXML_ENCODING_UTF8));
+    objFile.RootElement()->SetAttribute("x", 3);
+    ASSERT_TRUE(objFile.SaveFile());
+    EXPECT_NE(m_objRoot.readFile("/hd1/x.xml").find("x=\"3\""), std::string::npos);
+    EXPECT_FALSE(objFile.LoadFile("/hd1", TIXML_ENCODING_UTF8)); // a directory
 }
 
 TEST_F(StyleTest, FactorySetFollowsThePrunedDocument) {
@@ -244,26 +264,6 @@ TEST_F(StyleTest, FactorySetFollowsThePrunedDocument) {
     EXPECT_EQ(arrSet[1].key, 7u);
     EXPECT_EQ(style2KeyVal(objOne.RootElement(), arrSet, &nCount, 2), SNS_FAILED);
     EXPECT_EQ(nCount, 2u);
-}
-
-TEST_F(StyleTest, XmlDocumentExtension) {
-    TiXmlDocumentEx objDoc;
-    EXPECT_FALSE(objDoc.LoadMem("<a><b></a>", TIXML_ENCODING_UTF8));
-    EXPECT_EQ(objDoc.FirstChild(), nullptr); // nothing of a broken text is kept
-    EXPECT_FALSE(objDoc.LoadMem(nullptr, TIXML_ENCODING_UTF8));
-    objDoc.LoadMem("<?xml version=\"1.0\"?><a x='1'><b>t</b></a><z/>", TIXML_ENCODING_UTF8);
-    EXPECT_FALSE(objDoc.SaveFile()); // parsed from memory: no name of its own
-    ASSERT_TRUE(objDoc.SaveFile("/hd1/x.xml"));
-    ASSERT_TRUE(objDoc.TiXmlDocument::SaveFile(m_objRoot.hostPath("/hd1/lib.xml").c_str()));
-    EXPECT_EQ(m_objRoot.readFile("/hd1/x.xml"), m_objRoot.readFile("/hd1/lib.xml"));
-    std::string strText;
-    objDoc.getXmlString(strText);
-    EXPECT_EQ(strText, m_objRoot.readFile("/hd1/lib.xml")); // exactly what the library saves
-    ASSERT_TRUE(objDoc.LoadFile("/hd1/x.xml", TIXML_ENCODING_UTF8));
-    objDoc.RootElement()->SetAttribute("x", 3);
-    ASSERT_TRUE(objDoc.SaveFile());
-    EXPECT_NE(m_objRoot.readFile("/hd1/x.xml").find("x=\"3\""), std::string::npos);
-    EXPECT_FALSE(objDoc.LoadFile("/hd1", TIXML_ENCODING_UTF8)); // a directory
 }
 
 } // namespace

@@ -14,7 +14,7 @@
 
 namespace sensortest {
 
-TEST(ValueParsingTest, NumbersSwitchesAndTimesAreWholeTokens) {
+TEST(InputTextTest, NumbersSwitchesTimesPairsIdsAndCommandLinesAreReadStrictly) {
     int nValue = 7;
     for (const char* szGood : {"0", "-5", "+12", "2147483647", "-2147483648"}) {
         EXPECT_TRUE(parseInt(szGood, nValue)) << szGood;
@@ -39,9 +39,7 @@ TEST(ValueParsingTest, NumbersSwitchesAndTimesAreWholeTokens) {
          {"24:00", "7:60", "7", "7:05:60", "1:2:3:4", "-1:00", "07:0a", "7:", "007:00"}) {
         EXPECT_FALSE(parseTimeOfDay(szBad, nHour, nMinute, nSecond)) << szBad;
     }
-}
 
-TEST(KeyValTextTest, PairsAndIdListsAreReadStrictly) {
     std::vector<KeyVal> vecPairs;
     ASSERT_TRUE(parsePairText("(34,60)(2337,-1)", vecPairs));
     ASSERT_EQ(2u, vecPairs.size());
@@ -60,9 +58,7 @@ TEST(KeyValTextTest, PairsAndIdListsAreReadStrictly) {
     for (const char* szBad : {"()", "(34,)", "(34)(35)", "34", "(34", " (34)"}) {
         EXPECT_FALSE(parseIdList(szBad, vecIds)) << szBad;
     }
-}
 
-TEST(CommandLineTest, WordsQuotesAndComments) {
     CommandLine objLine;
     std::string strError;
     ASSERT_TRUE(objLine.parse("  set   brightness 60  # trailing note", strError));
