@@ -35,6 +35,8 @@ constexpr u32 MIN_VISIBLE_STREAM_HEIGHT = 256;
 // element with an "id" and a "value" attribute), so the style's length over
 // it bounds the number of its controls.
 constexpr std::size_t MIN_CONTROL_TEXT = 8;
+// A print threshold no debug level reaches down to.
+constexpr int LOGGED_AT_EVERY_LEVEL = -1;
 
 // The values an LPR camera's night scheme starts from.
 constexpr KeyVal LPR_NIGHT_DEFAULTS[] = {
@@ -193,17 +195,20 @@ bool ISensorController::loadSchemeSet(u32 p_nScheme, KeyVal* p_pSet, const char*
     const std::string strFile = schemeFileName(static_cast<int>(p_nScheme));
     const SchemeFileLoad eLoad =
         schemeSetFromFile(strFile.c_str(), m_pFctKeyVal, p_pSet, m_nKeyValSum);
-    if (eLoad == SchemeFileLoad::Unreadable) {
-        SNS_WARN_FOR(p_szFunction, "scheme file %s cannot be read\n", strFile.c_str());
-        return false;
+    if (eLoad == SchemeFileLoad::Exact) {
+        return true;
     }
-    if (eLoad == SchemeFileLoad::Repaired) {
-        SNS_WARN_FOR(p_szFunction,
-                     "scheme file %s does not hold the %u keys of the set: matched by key, "
-                     "the keys it lacks take their factory values\n",
-                     strFile.c_str(), m_nKeyValSum);
-    }
-    return true;
+    // A lost or repaired scheme file is logged at every debug level, like a
+    // failed check, but never aborts: one line naming the file.
+    sensordiag::printTagged(
+        LOGGED_AT_EVERY_LEVEL, sensordiag::COLOUR_DEFAULT, "[sensor warn]", true,
+        SNS_ORIGIN_FOR_(p_szFunction),
+        eLoad == SchemeFileLoad::Unreadable
+            ? "scheme file %s cannot be read\n"
+            : "scheme file %s does not hold the set's keys: matched by key, the keys it lacks "
+              "take their factory values\n",
+        strFile.c_str());
+    return eLoad == SchemeFileLoad::Repaired;
 }
 
 void ISensorController::loadSchemeFiles() {
