@@ -319,6 +319,11 @@ int ISensorController::setParameters(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p
 // precedence; a record that none of them claims is applied under its own key.
 ISensorController::RecordRoute ISensorController::routeRecord(KeyVal& p_stRecord) {
     const RecordRoute stStore{RecordAction::Store, 0};
+    // No ISP command is numbered 0: a record of key 0 (zeros of a damaged
+    // set, a style control without a number) is never sent nor stored.
+    if (p_stRecord.key == 0) {
+        return {RecordAction::Skip, 0};
+    }
     if (isStoredOnlyKey(p_stRecord.key)) {
         return stStore;
     }
