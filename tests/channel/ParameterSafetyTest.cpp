@@ -201,6 +201,10 @@ TEST_F(ParameterSafetyTest, ResetToLastWithoutAReadableFileKeepsTheScheme) {
         EXPECT_FALSE(c.resetToLastParameters()) << bDirectory;
         EXPECT_EQ(pairsOf(vecBefore), pairsOf(Access::row(c, 1)));
         EXPECT_TRUE(setsOf(KEY_BRIGHTNESS).empty());
+        if (bDirectory) { // at start-up the scheme takes the factory set, never zeros
+            ISensorController& d = upMini();
+            EXPECT_EQ(pairsOf(Access::row(d, 2)), pairsOf(Access::row(d, 1)));
+        }
         takeDown();
         std::filesystem::remove(m_objRoot.hostPath(schemeFile(1, 1)));
     }
