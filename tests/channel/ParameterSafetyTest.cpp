@@ -56,24 +56,28 @@ protected:
     }
 };
 
-// The end of init hides LDC (no support reported) for the host's pages; the
-// set keeps it, and a style of more controls than the key-command table keeps
-// them all, at every later init, after a factory reset and at the next boot.
+// The end of init hides LDC (no support reported) and KEY_EMPTY2 for the
+// host's pages; the set keeps them, and a style of more controls than the
+// key-command table keeps them all, at every later init, after a factory
+// reset and at the next boot.
 TEST_F(ParameterSafetyTest, TheSetKeepsItsKeysAcrossInitCyclesResetsAndBoots) {
     useMiniDevice(1, "(max_scheme=2)");
     std::string strStyle = R"(<Style><Tab key="scheme"><Control id="8000" value="0"/>
 <Control id="8001" value="0"/><Control id="8002" value="0"/><Control id="8003" value="24"/>
 <Control id="8004" value="0"/></Tab><Tab key="image"><Control id="34" value="50"/>
-<Control id="2048" value="1"/><Control id="2064" value="3"/>)";
+<Control id="2048" value="1"/><Control id="2064" value="3"/><Control id="11" value="0"/>)";
     for (int i = 0; i < 180; ++i) {
         strStyle += R"(<Control id="13" value="0"/>)"; // KEY_EMPTY3, stored only
     }
     writeStyle(strStyle + "</Tab></Style>");
+    setshowBeawayFalg(false); // as the host left it: the first init keeps KEY_EMPTY2
     ISensorController& c = bringUp();
     Access::stopThread(c);
     const auto vecKeys = pairsOf(Access::row(c, 2), true);
-    ASSERT_EQ(188u, vecKeys.size()) << "every control of the style";
-    EXPECT_THAT(c.getUIStyleFile(), Not(HasSubstr("id=\"2048\""))) << "the flags still hide LDC";
+    ASSERT_EQ(189u, vecKeys.size()) << "every control of the style";
+    for (const char* szHidden : {"id=\"2048\"", "id=\"11\""}) {
+        EXPECT_THAT(c.getUIStyleFile(), Not(HasSubstr(szHidden))) << "the flags still decide";
+    }
 
     const auto expectSameSet = [&](const char* szWhen) {
         EXPECT_EQ(vecKeys, pairsOf(Access::row(*m_pController, 0), true)) << szWhen;
@@ -88,6 +92,7 @@ TEST_F(ParameterSafetyTest, TheSetKeepsItsKeysAcrossInitCyclesResetsAndBoots) {
     c.resetParameters();
     Access::stopThread(c);
     expectSameSet("after a factory reset");
+    setshowBeawayFalg(false); // a boot starts from the same flags
     bringUp();
     Access::stopThread(*m_pController);
     expectSameSet("at the next boot");
