@@ -47,6 +47,9 @@ int updateStyleTab(TiXmlDocument* doc_style, const char* p_szOperation, const ch
 // removes the controls the feature flags hide; the result in strDnaStyle.
 int getDnaStyle(int p_channelID, const char* p_szStyle, std::string& strDnaStyle,
                 bool p_bShowWDRFalg, bool p_bShowLDCFlag);
+// The same with the beaway flag given instead of read from the global flag.
+int getDnaStyle(int p_channelID, const char* p_szStyle, std::string& strDnaStyle,
+                bool p_bShowWDRFalg, bool p_bShowLDCFlag, bool p_bShowBeaway);
 int doDnaStyle(TiXmlElement* p_pNode, int p_nCmd, const ia_dynamic_params_attr_st* p_pstAttr);
 int doCustomizeStyle(TiXmlElement* p_pNode, int p_nCmd, ia_dynamic_params_attr_st* p_pstAttr);
 int getDnaValbyCmdId(TiXmlElement* p_pNode, int p_nCmd, int& p_nVal);
@@ -66,6 +69,9 @@ void clampDynamicParams(ia_dynamic_params_attr_st& p_stAttr);
 // beyond the capacity are reported and left out.
 int getFctData(int p_channelID, const char* p_szStyle, KeyVal* p_pKeyVal, u32* p_pnKeyValNum,
                u32 p_nCapacity, bool p_bShowWDRFalg, bool p_bShowLDCFlag);
+// The same with the beaway flag given instead of read from the global flag.
+int getFctData(int p_channelID, const char* p_szStyle, KeyVal* p_pKeyVal, u32* p_pnKeyValNum,
+               u32 p_nCapacity, bool p_bShowWDRFalg, bool p_bShowLDCFlag, bool p_bShowBeaway);
 // Appends the controls of pRootNode's subtree at *p_pnKeyValNum; SNS_FAILED
 // when some did not fit into p_nCapacity entries (the count stops there).
 int style2KeyVal(TiXmlElement* pRootNode, KeyVal* p_pKeyVal, u32* p_pnKeyValNum, u32 p_nCapacity);

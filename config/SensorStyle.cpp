@@ -172,7 +172,8 @@ void hideControl(TiXmlElement* p_pRoot, u32 p_nKey) {
     DeleteNode(p_pRoot, pNode);
 }
 
-void hideControls(TiXmlElement* p_pRoot, bool p_bShowWDRFalg, bool p_bShowLDCFlag) {
+void hideControls(TiXmlElement* p_pRoot, bool p_bShowWDRFalg, bool p_bShowLDCFlag,
+                  bool p_bShowBeaway) {
     hideControl(p_pRoot, KEY_EMPTY1);
     if (!p_bShowWDRFalg) {
         hideControl(p_pRoot, KEY_WDR_MODE);
@@ -182,7 +183,7 @@ void hideControls(TiXmlElement* p_pRoot, bool p_bShowWDRFalg, bool p_bShowLDCFla
         hideControl(p_pRoot, KEY_LDC_SWITCH);
         hideControl(p_pRoot, KEY_LDC_STRG);
     }
-    if (g_bShoWBeawayFalg) {
+    if (p_bShowBeaway) {
         hideControl(p_pRoot, KEY_EMPTY2);
     }
 }
@@ -316,6 +317,12 @@ int doCustomizeStyle(TiXmlElement* p_pNode, int p_nCmd, ia_dynamic_params_attr_s
 
 int getDnaStyle(int p_channelID, const char* p_szStyle, std::string& strDnaStyle,
                 bool p_bShowWDRFalg, bool p_bShowLDCFlag) {
+    return getDnaStyle(p_channelID, p_szStyle, strDnaStyle, p_bShowWDRFalg, p_bShowLDCFlag,
+                       g_bShoWBeawayFalg);
+}
+
+int getDnaStyle(int p_channelID, const char* p_szStyle, std::string& strDnaStyle,
+                bool p_bShowWDRFalg, bool p_bShowLDCFlag, bool p_bShowBeaway) {
     ia_dynamic_cmd_list_st dnaCmdList{};
     const int nRet =
         ia_ioctrl_v2(p_channelID - 1, IA_CMD_DYNAMIC_PARAMS_CMDS_GET, IA_CMD_OPT_GET, &dnaCmdList);
@@ -334,7 +341,7 @@ int getDnaStyle(int p_channelID, const char* p_szStyle, std::string& strDnaStyle
     for (int i = 0; i < dnaCmdList.cmd_cnt; ++i) {
         applyDynamicCmd(p_channelID, pRoot, i, dnaCmdList.cmd_list[i]);
     }
-    hideControls(pRoot, p_bShowWDRFalg, p_bShowLDCFlag);
+    hideControls(pRoot, p_bShowWDRFalg, p_bShowLDCFlag, p_bShowBeaway);
 
     // The document was parsed from memory and so has no file name of its
     // own: saving it under that name writes nothing, and is left out.
@@ -368,12 +375,18 @@ int style2KeyVal(TiXmlElement* pRootNode, KeyVal* p_pKeyVal, u32* p_pnKeyValNum,
 
 int getFctData(int p_channelID, const char* p_szStyle, KeyVal* p_pKeyVal, u32* p_pnKeyValNum,
                u32 p_nCapacity, bool p_bShowWDRFalg, bool p_bShowLDCFlag) {
+    return getFctData(p_channelID, p_szStyle, p_pKeyVal, p_pnKeyValNum, p_nCapacity, p_bShowWDRFalg,
+                      p_bShowLDCFlag, g_bShoWBeawayFalg);
+}
+
+int getFctData(int p_channelID, const char* p_szStyle, KeyVal* p_pKeyVal, u32* p_pnKeyValNum,
+               u32 p_nCapacity, bool p_bShowWDRFalg, bool p_bShowLDCFlag, bool p_bShowBeaway) {
     if (p_pnKeyValNum == nullptr) {
         return SNS_FAILED;
     }
     std::string strDnaStyle;
-    const int nRet =
-        getDnaStyle(p_channelID, p_szStyle, strDnaStyle, p_bShowWDRFalg, p_bShowLDCFlag);
+    const int nRet = getDnaStyle(p_channelID, p_szStyle, strDnaStyle, p_bShowWDRFalg,
+                                 p_bShowLDCFlag, p_bShowBeaway);
     SNS_ASSERT_TEXT(SNS_SUCCESS == nRet,
                     "SNS_SUCCESS == getDnaStyle(p_channelID,p_szStyle, "
                     "strDnaStyle,p_bShowWDRFalg,p_bShowLDCFlag)",

@@ -2,13 +2,16 @@
 // builds its tuning pages from.
 #define SNS_SOURCE_UNIT "ISensorController"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <unistd.h>
+#include <vector>
 
 #include "common/SensorDebug.h"
 #include "common/SensorKeys.h"
+#include "config/SchemeSetFile.h"
 #include "config/SensorFile.h"
 #include "controller/ISensorController.h"
 #include "platform/DeviceRoot.h"
@@ -28,6 +31,12 @@ constexpr int DEVICE_TYPE_LPR = 8;
 constexpr int STYLE_BUSY_POLLS = 30;
 constexpr long STYLE_BUSY_WAIT_USEC = 50000;
 constexpr u32 MIN_VISIBLE_STREAM_HEIGHT = 256;
+// No control of a style takes fewer characters of its text than this (an
+// element with an "id" and a "value" attribute), so the style's length over
+// it bounds the number of its controls.
+constexpr std::size_t MIN_CONTROL_TEXT = 8;
+// A print threshold no debug level reaches down to.
+constexpr int LOGGED_AT_EVERY_LEVEL = -1;
 
 // The values an LPR camera's night scheme starts from.
 constexpr KeyVal LPR_NIGHT_DEFAULTS[] = {
@@ -70,21 +79,50 @@ std::string ISensorController::removeSchemeFilesCommand() const {
     char szCmd[256];
     std::snprintf(szCmd, sizeof(szCmd), "rm -rf /mnt/mtd/code/config*/sensor%d_[0-3].cfg",
                   m_nCameraID);
-    return szCmd;
+    std::string strCmd = szCmd;
+    // Every user scheme of the channel goes, not only 0 to 3: one pattern per
+    // further run of scheme numbers (4 to 9, then each count of digits), all
+    // of this camera's own "sensorC_" names. Up to 4 schemes the command is
+    // the one the module has always run.
+    const u32 nLast = m_stSysConf.nSchemeSum == 0 ? 0 : m_stSysConf.nSchemeSum - 1;
+    if (nLast >= 4) {
+        std::snprintf(szCmd, sizeof(szCmd), " /mnt/mtd/code/config*/sensor%d_[4-%u].cfg",
+                      m_nCameraID, nLast < 9 ? nLast : 9u);
+        strCmd += szCmd;
+    }
+    std::string strDigits = "[1-9][0-9]";
+    for (u32 nFrom = 10; nFrom <= nLast; nFrom *= 10, strDigits += "[0-9]") {
+        std::snprintf(szCmd, sizeof(szCmd), " /mnt/mtd/code/config*/sensor%d_%s.cfg", m_nCameraID,
+                      strDigits.c_str());
+        strCmd += szCmd;
+        if (nFrom > UINT32_MAX / 10) {
+            break;
+        }
+    }
+    return strCmd;
 }
 
 void ISensorController::allocateSchemeSets() {
-    // The factory set is derived into a buffer of the table's capacity before
-    // its length is known.
-    const u32 nCapacity = m_nKeyCmdSum;
-    std::unique_ptr<KeyVal[]> pFactory = std::make_unique<KeyVal[]>(nCapacity);
-    m_pLprKeyVal = std::make_unique<KeyVal[]>(nCapacity);
+    // The factory set fixes the keys and the order of every set and file. It
+    // is computed at every init as the object's first init computed it: with
+    // the show flags that init found (the end of init changes them for the
+    // style the host is shown, which must not drop keys from a later set),
+    // and with room for every control of the style rather than the key-command
+    // table's row count (which init lowers).
+    if (!m_optFactoryFlags) {
+        m_optFactoryFlags = FactoryFlags{m_bShowWDRFalg, m_bShowLDCFlag, getshowBeawayFalg()};
+    }
+    const char* szStyle = m_stSysConf.szUIStyle != nullptr ? m_stSysConf.szUIStyle : "";
+    const u32 nCapacity = static_cast<u32>(std::strlen(szStyle) / MIN_CONTROL_TEXT + 1);
+    std::vector<KeyVal> vecFactory(nCapacity);
     m_nKeyValSum = 0;
     SNS_ASSERT_FOR("init",
-                   SNS_SUCCESS == getFctData(m_nCameraID, m_stSysConf.szUIStyle, pFactory.get(),
-                                             &m_nKeyValSum, nCapacity, m_bShowWDRFalg,
-                                             m_bShowLDCFlag),
+                   SNS_SUCCESS == getFctData(m_nCameraID, szStyle, vecFactory.data(), &m_nKeyValSum,
+                                             nCapacity, m_optFactoryFlags->bShowWDR,
+                                             m_optFactoryFlags->bShowLDC,
+                                             m_optFactoryFlags->bShowBeaway),
                    "m_nKeyValSum(%d)\n", m_nKeyValSum);
+    m_pLprKeyVal = std::make_unique<KeyVal[]>(m_nKeyValSum);
 
     const u32 nRows = m_stSysConf.nSchemeSum + 1;
     m_pUserKeyValBlock = std::make_unique<KeyVal[]>(static_cast<size_t>(nRows) * m_nKeyValSum);
@@ -93,7 +131,7 @@ void ISensorController::allocateSchemeSets() {
         m_ppUserKeyVal[i] = m_pUserKeyValBlock.get() + static_cast<size_t>(i) * m_nKeyValSum;
     }
     m_pFctKeyVal = m_ppUserKeyVal[m_stSysConf.nSchemeSum];
-    std::copy(pFactory.get(), pFactory.get() + m_nKeyValSum, m_pFctKeyVal);
+    std::copy(vecFactory.begin(), vecFactory.begin() + m_nKeyValSum, m_pFctKeyVal);
 }
 
 void ISensorController::checkVersionStamp() {
@@ -153,13 +191,37 @@ void ISensorController::createSchemeFile(u32 p_nScheme, const std::string& p_str
     keyValToFile(szFile, m_pFctKeyVal, m_nKeyValSum);
 }
 
+bool ISensorController::loadSchemeSet(u32 p_nScheme, KeyVal* p_pSet, const char* p_szFunction) {
+    const std::string strFile = schemeFileName(static_cast<int>(p_nScheme));
+    const SchemeFileLoad eLoad =
+        schemeSetFromFile(strFile.c_str(), m_pFctKeyVal, p_pSet, m_nKeyValSum);
+    if (eLoad == SchemeFileLoad::Exact) {
+        return true;
+    }
+    // A lost or repaired scheme file is logged at every debug level, like a
+    // failed check, but never aborts: one line naming the file.
+    sensordiag::printTagged(
+        LOGGED_AT_EVERY_LEVEL, sensordiag::COLOUR_DEFAULT, "[sensor warn]", true,
+        SNS_ORIGIN_FOR_(p_szFunction),
+        eLoad == SchemeFileLoad::Unreadable
+            ? "scheme file %s cannot be read\n"
+            : "scheme file %s does not hold the set's keys: matched by key, the keys it lacks "
+              "take their factory values\n",
+        strFile.c_str());
+    return eLoad == SchemeFileLoad::Repaired;
+}
+
 void ISensorController::loadSchemeFiles() {
     for (u32 i = 0; i < m_stSysConf.nSchemeSum; ++i) {
         const std::string strFile = schemeFileName(static_cast<int>(i));
         if (!fileExists(strFile)) {
             createSchemeFile(i, strFile);
         }
-        keyValFromFile(strFile.c_str(), m_ppUserKeyVal[i], m_nKeyValSum);
+        // A file that cannot be read leaves the scheme the factory set, never
+        // a row of zeros.
+        if (!loadSchemeSet(i, m_ppUserKeyVal[i], "init")) {
+            std::copy(m_pFctKeyVal, m_pFctKeyVal + m_nKeyValSum, m_ppUserKeyVal[i]);
+        }
         if (i != 0) {
             continue;
         }

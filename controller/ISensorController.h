@@ -5,6 +5,8 @@
 
 #include <atomic>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -38,6 +40,9 @@ public:
     bool isThermalChannel() const { return m_bIsThermal; }
     // User schemes of the channel; the factory set is scheme getSchemeSum().
     u32 getSchemeSum() const { return m_stSysConf.nSchemeSum; }
+    // Keys whose value in the current set the ISP may not hold: a refusal
+    // stopped the scheme switch or reset that should have sent them.
+    std::vector<u32> getPendingKeys();
 
     // Start-up and release.
     bool init(const ModuleConfigure& p_objModuleConfigure);
@@ -198,10 +203,6 @@ public:
     static std::atomic<int> m_nChanneldDosomething;
 
 private:
-    // The reported text of the scheme-file reads into the scratch set.
-    static constexpr const char* KEYVAL_FROM_TMP_TEXT =
-        "SNS_SUCCESS == keyValFromFile(szTmp, m_pstKeyValTmp, m_nKeyValSum)";
-
     // Bits of the state word m_stState. The word is atomic because the sensor
     // thread reads the bits while host calls set and clear them.
     static constexpr u32 m_bIniting = 1u << 0;       // init running
@@ -217,6 +218,14 @@ private:
 
     // Fills the key-command table from its constant rows (a step of init).
     void initKeyCmdMap();
+
+    // Applies a whole set (switch, reset, reset to last); when a refusal stops
+    // it, the records from the refused one on are remembered as pending.
+    int applySet(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p_bCache);
+    bool isPending(u32 p_nKey) const;
+    void clearPending(u32 p_nKey);
+    // Loads a scheme's file onto p_pSet by key; false when it is unreadable.
+    bool loadSchemeSet(u32 p_nScheme, KeyVal* p_pSet, const char* p_szFunction);
 
     // The set loop of setParameters: each special case of a record is one step.
     enum class RecordAction { Skip, Store, Apply, Refuse };
@@ -296,4 +305,17 @@ private:
     bool m_bIsThermal;
     bool m_bShowLDCFlag;
     SensorZoomFocusParam m_objZoomFocusParam;
+    // The show flags the factory set is computed with: those of the object's
+    // first init, kept for every later init (they survive uinit).
+    struct FactoryFlags {
+        bool bShowWDR;
+        bool bShowLDC;
+        bool bShowBeaway;
+    };
+    std::optional<FactoryFlags> m_optFactoryFlags;
+    // Keys of the current set not known to be on the ISP (see getPendingKeys).
+    std::set<u32> m_setPendingKeys;
+    // Index of the record that ended the last list of setParameters (its
+    // length when every record went through).
+    u32 m_nListStop = 0;
 };

@@ -2,6 +2,8 @@
 // restore, reset to the last stored set, and the channel's factory reset.
 #define SNS_SOURCE_UNIT "ISensorController"
 
+#include <vector>
+
 #include "common/SensorDebug.h"
 #include "common/SensorKeys.h"
 #include "config/SensorFile.h"
@@ -47,8 +49,14 @@ int ISensorController::restore(int p_nKey) {
     if (nPos == -1) {
         return SNS_FAILED;
     }
-    KeyVal stStored = pRow[nPos];
-    return setParameters(&stStored, 1, false);
+    // The values a refusal kept from the ISP go along with the restored one.
+    std::vector<KeyVal> vecSend{pRow[nPos]};
+    for (u32 i = 0; !m_setPendingKeys.empty() && i < m_nKeyValSum; ++i) {
+        if (i != static_cast<u32>(nPos) && isPending(pRow[i].key)) {
+            vecSend.push_back(pRow[i]);
+        }
+    }
+    return applySet(vecSend.data(), static_cast<u32>(vecSend.size()), false);
 }
 
 bool ISensorController::restoreAeMode() {
@@ -66,13 +74,16 @@ bool ISensorController::resetToLastParameters() {
         static_cast<u32>(m_nCurScheme) >= m_stSysConf.nSchemeSum) {
         return true;
     }
-    const std::string strName = schemeFileName(m_nCurScheme);
-    const char* szTmp = strName.c_str();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     setState(m_bResettingLast);
-    SNS_ASSERT_TEXT(SNS_SUCCESS == keyValFromFile(szTmp, m_pstKeyValTmp.get(), m_nKeyValSum),
-                    KEYVAL_FROM_TMP_TEXT, "szTmp(%s), m_nKeyValSum(%d)\n", szTmp, m_nKeyValSum);
-    const int nRet = setParameters(m_pstKeyValTmp.get(), m_nKeyValSum, true);
+    // A file that cannot be read leaves the scheme as it is: nothing is
+    // applied and the caller learns that the reset did not happen. A file of
+    // other keys is matched by key, as the next start-up would load it.
+    int nRet = SNS_FAILED;
+    if (loadSchemeSet(static_cast<u32>(m_nCurScheme), m_pstKeyValTmp.get(),
+                      "resetToLastParameters")) {
+        nRet = applySet(m_pstKeyValTmp.get(), m_nKeyValSum, true);
+    }
     clearState(m_bResettingLast);
     return nRet == SNS_SUCCESS;
 }

@@ -40,10 +40,12 @@ int ISensorController::switch_to(int p_nScheme, bool p_bForce) {
     m_nLastScheme = m_nCurScheme;
     m_nCurScheme = p_nScheme;
     if (p_bForce) {
-        setParameters(m_ppUserKeyVal[p_nScheme], m_nKeyValSum, false);
+        applySet(m_ppUserKeyVal[p_nScheme], m_nKeyValSum, false);
     } else {
-        SNS_ASSERT(SNS_SUCCESS == setParameters(m_ppUserKeyVal[m_nCurScheme], m_nKeyValSum, true),
-                   "m_nCurScheme(%d) m_nKeyValSum(%d)\n", m_nCurScheme, m_nKeyValSum);
+        SNS_ASSERT_TEXT(
+            SNS_SUCCESS == applySet(m_ppUserKeyVal[m_nCurScheme], m_nKeyValSum, true),
+            "SNS_SUCCESS == setParameters(m_ppUserKeyVal[m_nCurScheme], m_nKeyValSum, true)",
+            "m_nCurScheme(%d) m_nKeyValSum(%d)\n", m_nCurScheme, m_nKeyValSum);
     }
     clearState(m_bSwitching);
     return SNS_SUCCESS;
@@ -61,7 +63,7 @@ int ISensorController::LPR_switch_to(int p_nScheme) {
             break;
         }
     }
-    setParameters(m_pLprKeyVal.get(), m_nKeyValSum, false);
+    applySet(m_pLprKeyVal.get(), m_nKeyValSum, false);
     clearState(m_bSwitching);
     return SNS_SUCCESS;
 }

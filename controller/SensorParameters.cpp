@@ -204,6 +204,10 @@ int ISensorController::getKeyValFromCache(u32 p_nScheme, u32 p_nKey, u32& p_nVal
 }
 
 bool ISensorController::isKeyValSame(const KeyVal& p_stKeyVal) {
+    // A pending key is sent whatever the cache says: the ISP may not hold it.
+    if (isPending(p_stKeyVal.key)) {
+        return false;
+    }
     // During a switch the new set is compared with the scheme being left.
     const int nScheme = hasState(m_bSwitching) ? m_nLastScheme : m_nCurScheme;
     u32 nCached = 0;
@@ -213,10 +217,42 @@ bool ISensorController::isKeyValSame(const KeyVal& p_stKeyVal) {
     return nCached == p_stKeyVal.value;
 }
 
+bool ISensorController::isPending(u32 p_nKey) const {
+    return !m_setPendingKeys.empty() && m_setPendingKeys.count(p_nKey) != 0;
+}
+
+void ISensorController::clearPending(u32 p_nKey) {
+    if (!m_setPendingKeys.empty()) {
+        m_setPendingKeys.erase(p_nKey);
+    }
+}
+
+std::vector<u32> ISensorController::getPendingKeys() {
+    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    return std::vector<u32>(m_setPendingKeys.begin(), m_setPendingKeys.end());
+}
+
+// A refusal ends a list; for a whole set that becomes the current scheme (a
+// switch, a reset, a reset to last) the cache then claims values that were
+// never sent. Those records are remembered and sent at their next write or
+// the next switch, reset or restore, whatever the cache says. Keys that never
+// reach the ISP are not remembered.
+int ISensorController::applySet(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p_bCache) {
+    const int nRet = setParameters(p_pKeyval, p_nKeyValSum, p_bCache);
+    for (u32 i = m_nListStop; p_pKeyval != nullptr && i < p_nKeyValSum; ++i) {
+        const u32 nKey = p_pKeyval[i].key;
+        if (!isStoredOnlyKey(nKey) && nKey != KEY_SCHEME_MODE) {
+            m_setPendingKeys.insert(nKey);
+        }
+    }
+    return nRet;
+}
+
 // Walks the list in order; each record is compared with the cache, routed by
 // its special cases (routeRecord), applied through its table row and stored.
 // A refused record ends the list; the records before it stay applied.
 int ISensorController::setParameters(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p_bCache) {
+    m_nListStop = 0;
     if (p_pKeyval == nullptr && p_nKeyValSum != 0) {
         return SNS_FAILED;
     }
@@ -226,12 +262,14 @@ int ISensorController::setParameters(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p
     // record, never the 8-byte record in the caller's list.
     std::array<u32, ISP_RECORD_SCRATCH_WORDS> arrValue{};
     for (u32 i = 0; i < p_nKeyValSum; ++i) {
+        m_nListStop = i;
         KeyVal& stRecord = p_pKeyval[i];
         if (p_bCache && isKeyValSame(stRecord)) {
             continue;
         }
         const RecordRoute stRoute = routeRecord(stRecord);
         if (stRoute.eAction == RecordAction::Skip) {
+            clearPending(stRecord.key); // not for the ISP under the light type in force
             continue;
         }
         if (stRoute.eAction == RecordAction::Refuse) {
@@ -260,7 +298,9 @@ int ISensorController::setParameters(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p
                 }
                 return -static_cast<int>(stKeyCmdTmp.key);
             }
+            clearPending(nKey);
         }
+        clearPending(stRecord.key);
         // Stored under the record's own key with the value its handler left.
         if (p_bCache && setKeyValToCache(static_cast<u32>(m_nCurScheme), stRecord.key,
                                          stRecord.value, false) == SNS_FAILED) {
@@ -270,6 +310,7 @@ int ISensorController::setParameters(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p
                     static_cast<int>(i), static_cast<int>(stRecord.value));
         }
     }
+    m_nListStop = p_nKeyValSum;
     std::printf("\n");
     return SNS_SUCCESS;
 }
@@ -278,6 +319,11 @@ int ISensorController::setParameters(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p
 // precedence; a record that none of them claims is applied under its own key.
 ISensorController::RecordRoute ISensorController::routeRecord(KeyVal& p_stRecord) {
     const RecordRoute stStore{RecordAction::Store, 0};
+    // No ISP command is numbered 0: a record of key 0 (zeros of a damaged
+    // set, a style control without a number) is never sent nor stored.
+    if (p_stRecord.key == 0) {
+        return {RecordAction::Skip, 0};
+    }
     if (isStoredOnlyKey(p_stRecord.key)) {
         return stStore;
     }

@@ -110,10 +110,12 @@ bool ISensorController::getAllParameters(std::string& p_strOut) {
         if (static_cast<u32>(m_nCurScheme) >= m_stSysConf.nSchemeSum) {
             return true;
         }
-        const std::string strName = schemeFileName(m_nCurScheme);
-        const char* szTmp = strName.c_str();
-        SNS_ASSERT_TEXT(SNS_SUCCESS == keyValFromFile(szTmp, m_pstKeyValTmp.get(), m_nKeyValSum),
-                        KEYVAL_FROM_TMP_TEXT, "szTmp(%s), m_nKeyValSum(%d)\n", szTmp, m_nKeyValSum);
+        // The stored set, matched by key; a file that cannot be read yields
+        // no text rather than whatever the scratch set held.
+        if (!loadSchemeSet(static_cast<u32>(m_nCurScheme), m_pstKeyValTmp.get(),
+                           "getAllParameters")) {
+            return false;
+        }
         keyval_st2str(p_strOut, m_pstKeyValTmp.get(), m_nKeyValSum);
         return true;
     }

@@ -36,6 +36,9 @@ bool cmdRestoreAe(Session&, const CommandLine&);
 bool cmdResetLast(Session&, const CommandLine&);
 bool cmdReset(Session&, const CommandLine&);
 
+// PendingCommands.cpp: values a refusal kept from the ISP.
+bool cmdPending(Session&, const CommandLine&);
+
 // StyleCommands.cpp: the style the host's pages are built from.
 bool cmdStyle(Session&, const CommandLine&);
 bool cmdUiFiles(Session&, const CommandLine&);

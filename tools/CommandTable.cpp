@@ -62,6 +62,8 @@ std::vector<CommandGroup> buildGroups() {
               cmdResetLast},
              {"reset", "", "factory reset of the channel (files removed and rebuilt)", 0, 0,
               cmdReset},
+             {"pending", "", "values a refused ISP command kept from the ISP, still to send", 0, 0,
+              cmdPending},
          }},
         {"style",
          {

@@ -61,6 +61,7 @@ TEST_F(SetParametersTest, SpecialKeysAreRoutedStoredOrGoverned) {
     run("stored-only keys, and twins while the light is not intelligent", "10=0 11=0 13=0 224=0",
         "10=1 11=2 13=3 8001=8 8002=30 8003=18 8004=15 168=1 175=1 200=1 203=1", "",
         "13=3 8004=15 1:8001=0");
+    run("a record of key 0 never reaches the ISP", "34=50", "0=0 34=40", "34=40", "34=40");
     run("the visual channel sends thermal keys to the ISP", "8201=0", "8201=3", "8201=3", "8201=3");
     run("the thermal channel routes its keys and ignores their failures",
         "2384=0 2385=0 2416=0 8201=0 8217=0 34=50", "2384=1 2416=1 8201=4 8217=1 34=40",

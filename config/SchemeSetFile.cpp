@@ -1,0 +1,78 @@
+// Scheme files matched to the parameter set by key: a file written by an
+// older style, cut short by a power cut or copied from elsewhere loads what it
+// holds of the set's keys and nothing else.
+#define SNS_SOURCE_UNIT "SchemeSetFile"
+
+#include "config/SchemeSetFile.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "config/SensorFile.h"
+#include "platform/VXFile.h"
+
+namespace {
+
+u32 decodeWord(const char* p_pIn) {
+    u32 nVal = 0;
+    for (int i = 0; i < 4; ++i) {
+        nVal |= static_cast<u32>(static_cast<unsigned char>(p_pIn[i])) << (8 * i);
+    }
+    return nVal;
+}
+
+// The whole records of the file (at most SCHEME_FILE_MAX_BYTES); false when
+// it cannot be opened or read.
+bool readRecords(const char* p_szFile, std::vector<KeyVal>& p_vecRecords) {
+    VXFile file;
+    if (p_szFile == nullptr || !file.open(p_szFile)) {
+        return false;
+    }
+    std::vector<char> vecBytes(SCHEME_FILE_MAX_BYTES);
+    const int nRead = file.read(vecBytes.data(), SCHEME_FILE_MAX_BYTES);
+    if (nRead < 0) {
+        return false;
+    }
+    const u32 nRecords = static_cast<u32>(nRead) / KEYVAL_FILE_RECORD;
+    p_vecRecords.resize(nRecords);
+    for (u32 i = 0; i < nRecords; ++i) {
+        const char* pRecord = vecBytes.data() + static_cast<std::size_t>(i) * KEYVAL_FILE_RECORD;
+        p_vecRecords[i] = {decodeWord(pRecord), decodeWord(pRecord + 4)};
+    }
+    return true;
+}
+
+bool sameKeys(const std::vector<KeyVal>& p_vecRecords, const KeyVal* p_pFactory, u32 p_nCount) {
+    return p_vecRecords.size() == p_nCount &&
+           std::equal(p_vecRecords.begin(), p_vecRecords.end(), p_pFactory,
+                      [](const KeyVal& a, const KeyVal& b) { return a.key == b.key; });
+}
+
+} // namespace
+
+SchemeFileLoad schemeSetFromFile(const char* p_szFile, const KeyVal* p_pFactory, KeyVal* p_pSet,
+                                 u32 p_nCount) {
+    std::vector<KeyVal> vecRecords;
+    if (p_pFactory == nullptr || p_pSet == nullptr || !readRecords(p_szFile, vecRecords)) {
+        return SchemeFileLoad::Unreadable;
+    }
+    if (sameKeys(vecRecords, p_pFactory, p_nCount)) {
+        std::copy(vecRecords.begin(), vecRecords.end(), p_pSet);
+        return SchemeFileLoad::Exact;
+    }
+    // Each file record is taken at most once, so a key the set holds twice
+    // takes the file's records of that key in turn.
+    std::vector<bool> vecTaken(vecRecords.size(), false);
+    for (u32 i = 0; i < p_nCount; ++i) {
+        KeyVal stEntry = p_pFactory[i];
+        for (std::size_t r = 0; r < vecRecords.size(); ++r) {
+            if (!vecTaken[r] && vecRecords[r].key == stEntry.key) {
+                vecTaken[r] = true;
+                stEntry.value = vecRecords[r].value;
+                break;
+            }
+        }
+        p_pSet[i] = stEntry;
+    }
+    return SchemeFileLoad::Repaired;
+}

@@ -1,0 +1,265 @@
+// Parameters are never lost or mixed: the set's keys across init cycles,
+// scheme files of other shapes, resets of every user scheme, reset to last
+// without a file, records a refusal kept from the ISP, and the first scheme
+// applied at start-up.
+#include <filesystem>
+#include <functional>
+
+#include "ChannelFixture.h"
+#include "config/SensorFile.h"
+
+namespace sensortest {
+
+namespace {
+
+constexpr const char* kErrorLog = "/mnt/mtd/log/SensorError.log";
+// The value scheme files are given for a key in the tests below.
+u32 v60(u32 p_nKey) {
+    return 60 + p_nKey % 7;
+}
+
+// (key, value) pairs, or the keys alone (value 0).
+std::vector<std::pair<u32, u32>> pairsOf(const std::vector<KeyVal>& p_vecSet,
+                                         bool p_bKeys = false) {
+    std::vector<std::pair<u32, u32>> vecPairs;
+    for (const KeyVal& st : p_vecSet) {
+        vecPairs.emplace_back(st.key, p_bKeys ? 0 : st.value);
+    }
+    return vecPairs;
+}
+
+} // namespace
+
+class ParameterSafetyTest : public ChannelTest {
+protected:
+    void writeStyle(const std::string& p_strStyle) const {
+        for (const std::string strSuffix : {"", "_dome", "_Thermal"}) {
+            m_objRoot.writeFile("/hd1/moduleConfig/sensorConfig/style/Style" + strSuffix + ".xml",
+                                p_strStyle);
+        }
+    }
+    // Scheme s of camera 1 with these values of its keys.
+    void writeValues(int p_nScheme, const std::vector<KeyVal>& p_vecValues) const {
+        std::vector<KeyVal> vecSet = readSet(schemeFile(1, p_nScheme));
+        for (KeyVal& st : vecSet) {
+            for (const KeyVal& stNew : p_vecValues) {
+                st.value = st.key == stNew.key ? stNew.value : st.value;
+            }
+        }
+        writeSet(schemeFile(1, p_nScheme), vecSet);
+    }
+    void writeV60(int p_nScheme) const {
+        writeValues(p_nScheme, {{KEY_BRIGHTNESS, v60(KEY_BRIGHTNESS)},
+                                {KEY_SATURATION, v60(KEY_SATURATION)},
+                                {KEY_METER_AREA, v60(KEY_METER_AREA)},
+                                {KEY_MIN_SHUTTER, v60(KEY_MIN_SHUTTER)}});
+    }
+};
+
+// The end of init hides LDC (no support reported) and KEY_EMPTY2 for the
+// host's pages; the set keeps them, and a style of more controls than the
+// key-command table keeps them all, at every later init, after a factory
+// reset and at the next boot.
+TEST_F(ParameterSafetyTest, TheSetKeepsItsKeysAcrossInitCyclesResetsAndBoots) {
+    useMiniDevice(1, "(max_scheme=2)");
+    std::string strStyle = R"(<Style><Tab key="scheme"><Control id="8000" value="0"/>
+<Control id="8001" value="0"/><Control id="8002" value="0"/><Control id="8003" value="24"/>
+<Control id="8004" value="0"/></Tab><Tab key="image"><Control id="34" value="50"/>
+<Control id="2048" value="1"/><Control id="2064" value="3"/><Control id="11" value="0"/>)";
+    for (int i = 0; i < 180; ++i) {
+        strStyle += R"(<Control id="13" value="0"/>)"; // KEY_EMPTY3, stored only
+    }
+    writeStyle(strStyle + "</Tab></Style>");
+    setshowBeawayFalg(false); // as the host left it: the first init keeps KEY_EMPTY2
+    ISensorController& c = bringUp();
+    Access::stopThread(c);
+    const auto vecKeys = pairsOf(Access::row(c, 2), true);
+    ASSERT_EQ(189u, vecKeys.size()) << "every control of the style";
+    for (const char* szHidden : {"id=\"2048\"", "id=\"11\""}) {
+        EXPECT_THAT(c.getUIStyleFile(), Not(HasSubstr(szHidden))) << "the flags still decide";
+    }
+
+    const auto expectSameSet = [&](const char* szWhen) {
+        EXPECT_EQ(vecKeys, pairsOf(Access::row(*m_pController, 0), true)) << szWhen;
+        EXPECT_EQ(vecKeys, pairsOf(readSet(schemeFile(1, 1)), true)) << szWhen;
+    };
+    c.uinit();
+    ModuleConfigure objModule;
+    objModule.setDetail(m_strDetail);
+    c.init(objModule);
+    Access::stopThread(c);
+    expectSameSet("after uinit and init");
+    c.resetParameters();
+    Access::stopThread(c);
+    expectSameSet("after a factory reset");
+    setshowBeawayFalg(false); // a boot starts from the same flags
+    bringUp();
+    Access::stopThread(*m_pController);
+    expectSameSet("at the next boot");
+}
+
+// A file of another length, order or keys is matched by key: no zeros, no
+// foreign keys, no command 0; the error log names the file once; the next
+// flush writes the whole set.
+TEST_F(ParameterSafetyTest, SchemeFilesOfOtherShapesAreMatchedByKey) {
+    upMini();
+    const std::vector<KeyVal> vecFactory = Access::row(*m_pController, 2);
+    takeDown();
+    std::vector<KeyVal> vecSet = vecFactory;
+    vecSet[5].value = 77; // brightness, inside the first 100 bytes
+    std::vector<KeyVal> vecReversed(vecSet.rbegin(), vecSet.rend());
+    vecReversed.push_back({4242, 9});
+    std::vector<KeyVal> vecLonger = vecSet;
+    vecLonger.push_back({KEY_BRIGHTNESS, 99}); // a second record of a key is dropped
+    const auto bytesOf = [this](const std::vector<KeyVal>& p_vecSet) {
+        writeSet(schemeFile(1, 0), p_vecSet);
+        return m_objRoot.readFile(schemeFile(1, 0));
+    };
+    const struct {
+        const char* szCase;
+        std::string strBytes;
+        u32 nBrightness;
+    } aCases[] = {
+        {"cut after 100 bytes", bytesOf(vecSet).substr(0, 100), 77},
+        {"reversed, with a foreign key", bytesOf(vecReversed), 77},
+        {"one record too many", bytesOf(vecLonger), 77},
+        {"empty", "", 50},
+    };
+    for (const auto& stCase : aCases) {
+        SCOPED_TRACE(stCase.szCase);
+        m_objRoot.writeFile(schemeFile(1, 0), stCase.strBytes);
+        m_objRoot.writeFile(kErrorLog, "");
+        m_objIsp.clearLog();
+        ISensorController& c = bringUp();
+        Access::stopThread(c);
+        const std::vector<KeyVal> vecRow = Access::row(c, 0);
+        EXPECT_EQ(pairsOf(vecFactory, true), pairsOf(vecRow, true));
+        EXPECT_EQ(stCase.nBrightness, valueOf(vecRow, KEY_BRIGHTNESS));
+        EXPECT_EQ(vecFactory.back().value, vecRow.back().value) << "factory where missing";
+        EXPECT_TRUE(setsOf(0).empty()) << "nothing with command 0 reaches the ISP";
+        const std::string strLog = m_objRoot.readFile(kErrorLog);
+        EXPECT_NE(std::string::npos, strLog.find("sensor1_0.cfg"));
+        EXPECT_EQ(strLog.find("sensor1_0.cfg"), strLog.rfind("sensor1_0.cfg")) << "once";
+        EXPECT_EQ(SNS_SUCCESS, c.flush());
+        EXPECT_EQ(pairsOf(vecFactory, true), pairsOf(readSet(schemeFile(1, 0)), true));
+        takeDown();
+    }
+}
+
+// With six user schemes the factory reset and the version wipe rebuild all
+// six, on flash and in memory; another camera's files stay.
+TEST_F(ParameterSafetyTest, ResetsCoverEveryUserSchemeAndNoOtherCamera) {
+    for (const bool bReset : {true, false}) {
+        SCOPED_TRACE(bReset ? "factory reset" : "version wipe");
+        upMini(1, "(max_scheme=12)");
+        takeDown();
+        for (int s = 0; s < 12; ++s) {
+            writeV60(s);
+        }
+        m_objRoot.writeFile(schemeFile(2, 5), "camera 2");
+        m_objRoot.writeFile(schemeFile(11, 4), "camera 11");
+        if (!bReset) {
+            ASSERT_EQ(0, setVersion(7));
+        }
+        ISensorController& c = upMini(1, "(max_scheme=12)");
+        if (bReset) {
+            ASSERT_EQ(v60(KEY_BRIGHTNESS), valueOf(Access::row(c, 11), KEY_BRIGHTNESS));
+            c.resetParameters();
+        }
+        for (u32 s = 0; s < 12; ++s) {
+            EXPECT_EQ(50u, valueOf(readSet(schemeFile(1, static_cast<int>(s))), KEY_BRIGHTNESS))
+                << "scheme " << s;
+            EXPECT_EQ(50u, valueOf(Access::row(*m_pController, s), KEY_BRIGHTNESS))
+                << "scheme " << s;
+        }
+        EXPECT_EQ("camera 2", m_objRoot.readFile(schemeFile(2, 5)));
+        EXPECT_EQ("camera 11", m_objRoot.readFile(schemeFile(11, 4)));
+    }
+}
+
+// A scheme whose file is gone or unreadable keeps its values (never those of
+// the scheme read before it) and the call says it failed.
+TEST_F(ParameterSafetyTest, ResetToLastWithoutAReadableFileKeepsTheScheme) {
+    for (const bool bDirectory : {false, true}) {
+        ISensorController& c = upMini();
+        ASSERT_TRUE(c.resetToLastParameters()); // scheme 0's file read into the scratch set
+        ASSERT_TRUE(c.setParamScheme(1));
+        ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_BRIGHTNESS, 70, true));
+        const std::vector<KeyVal> vecBefore = Access::row(c, 1);
+        std::filesystem::remove(m_objRoot.hostPath(schemeFile(1, 1)));
+        if (bDirectory) {
+            std::filesystem::create_directory(m_objRoot.hostPath(schemeFile(1, 1)));
+        }
+        m_objIsp.clearLog();
+        EXPECT_FALSE(c.resetToLastParameters()) << bDirectory;
+        EXPECT_EQ(pairsOf(vecBefore), pairsOf(Access::row(c, 1)));
+        EXPECT_TRUE(setsOf(KEY_BRIGHTNESS).empty());
+        if (bDirectory) { // at start-up the scheme takes the factory set, never zeros
+            ISensorController& d = upMini();
+            EXPECT_EQ(pairsOf(Access::row(d, 2)), pairsOf(Access::row(d, 1)));
+        }
+        takeDown();
+        std::filesystem::remove(m_objRoot.hostPath(schemeFile(1, 1)));
+    }
+}
+
+// The ISP refuses saturation during a switch: the records from it on are
+// pending, and each way of sending them again does so even though the cache
+// already holds their values.
+TEST_F(ParameterSafetyTest, RecordsARefusalKeptFromTheIspAreSentLater) {
+    const std::vector<u32> vecAfterStop = {KEY_SATURATION, KEY_METER_AREA, KEY_MIN_SHUTTER};
+    const struct {
+        const char* szAction;
+        std::function<void(ISensorController&)> fnAction;
+        std::vector<u32> vecSent; // and nothing stays pending unless only one key was sent
+    } aCases[] = {
+        {"set the same value",
+         [](ISensorController& c) { c.setParameter(KEY_SATURATION, v60(KEY_SATURATION), true); },
+         {KEY_SATURATION}},
+        {"reset to last", [](ISensorController& c) { c.resetToLastParameters(); }, vecAfterStop},
+        {"restore another key", [](ISensorController& c) { c.restore(KEY_BRIGHTNESS); },
+         vecAfterStop},
+        {"switch", [](ISensorController& c) { c.setParamScheme(0); }, vecAfterStop},
+    };
+    for (const auto& stCase : aCases) {
+        SCOPED_TRACE(stCase.szAction);
+        upMini();
+        takeDown();
+        writeV60(0);
+        writeV60(1);
+        ISensorController& c = upMini();
+        ASSERT_TRUE(c.setParamScheme(2)); // the factory set: every checked key differs
+        m_objIsp.failCommand(0, KEY_SATURATION, 0, -1);
+        c.setParamScheme(1);
+        EXPECT_EQ(v60(KEY_BRIGHTNESS), m_objIsp.getValue(0, KEY_BRIGHTNESS).value_or(0));
+        const std::vector<u32> vecPending = c.getPendingKeys();
+        for (const u32 nKey : vecAfterStop) {
+            EXPECT_EQ(1, std::count(vecPending.begin(), vecPending.end(), nKey)) << nKey;
+            EXPECT_NE(v60(nKey), m_objIsp.getValue(0, nKey).value_or(0)) << nKey;
+        }
+        m_objIsp.clearFailures();
+        stCase.fnAction(c);
+        for (const u32 nKey : stCase.vecSent) {
+            EXPECT_EQ(v60(nKey), m_objIsp.getValue(0, nKey).value_or(0)) << nKey;
+        }
+        EXPECT_EQ(stCase.vecSent.size() == 1 ? vecPending.size() - 1 : 0u,
+                  c.getPendingKeys().size());
+    }
+}
+
+// Under the time-window policy the first scheme applied at start-up is the
+// window's: scheme 0 never reaches the ISP before it.
+TEST_F(ParameterSafetyTest, StartUpUnderTimeWindowsAppliesOnlyTheWindowsScheme) {
+    upMini();
+    takeDown();
+    writeValues(0, {{8000, 1}, {8003, 0}, {KEY_BRIGHTNESS, 10}}); // no window
+    writeValues(1, {{8000, 1}, {8001, 8}, {8003, 18}, {KEY_BRIGHTNESS, 11}});
+    m_pClock->setTimeOfDay(12, 0);
+    m_objIsp.clearLog();
+    ISensorController& c = bringUp();
+    Access::stopThread(c);
+    EXPECT_EQ(1, Access::curScheme(c));
+    EXPECT_EQ(std::vector<int32_t>{11}, setsOf(KEY_BRIGHTNESS));
+}
+
+} // namespace sensortest
