@@ -5,6 +5,7 @@
 
 #include "common/SensorTypes.h"
 
+class MachineInfo;
 class ModuleConfigure;
 
 // Copy of the host's module configuration for one channel.
@@ -45,6 +46,12 @@ UIFileInfo* newUIFileList(u32 p_nCount);   // zero-filled entries
 // Fills the record from the module configuration, the machine description and
 // the device's style files. The record must not own anything yet.
 int initSysConf(int p_nChannelID, const ModuleConfigure& p_objModuleConfigure,
+                SysConfig* p_stSysConf);
+// The same from a machine description the caller has read already
+// (p_bMachineInfoRead: whether that read succeeded), so that a start-up reads
+// the file once.
+int initSysConf(int p_nChannelID, const ModuleConfigure& p_objModuleConfigure,
+                const MachineInfo& p_objMachineInfo, bool p_bMachineInfoRead,
                 SysConfig* p_stSysConf);
 // Releases what the record owns and clears the released pointers, so a second
 // call releases nothing again.

@@ -94,6 +94,7 @@ void ISensorController::allocateSchemeSets() {
     }
     m_pFctKeyVal = m_ppUserKeyVal[m_stSysConf.nSchemeSum];
     std::copy(pFactory.get(), pFactory.get() + m_nKeyValSum, m_pFctKeyVal);
+    indexSchemeSets();
 }
 
 void ISensorController::checkVersionStamp() {
@@ -113,11 +114,9 @@ void ISensorController::checkVersionStamp() {
     sy_system(removeSchemeFilesCommand().c_str(), SY_SYSTEM_TIMEOUT);
 }
 
-void ISensorController::detectDeviceFlags() {
-    MachineInfo objMachineInfo;
-    SystemInfoParser::parseMachineInfo(MACHINE_INFO_FILE, objMachineInfo);
+void ISensorController::detectDeviceFlags(const MachineInfo& p_objMachineInfo) {
     DeviceType objDeviceType;
-    objDeviceType.setDeviceTypeId(objMachineInfo.getDeviceType());
+    objDeviceType.setDeviceTypeId(p_objMachineInfo.getDeviceType());
 
     const std::string strDetail = m_stSysConf.moduleConfig.szDetail;
     if (strDetail.find("(isInfrared=17)") != std::string::npos) {
@@ -160,6 +159,7 @@ void ISensorController::loadSchemeFiles() {
             createSchemeFile(i, strFile);
         }
         keyValFromFile(strFile.c_str(), m_ppUserKeyVal[i], m_nKeyValSum);
+        indexSchemeSets(); // the row's keys come from its file
         if (i != 0) {
             continue;
         }
@@ -197,14 +197,20 @@ void ISensorController::applyVideoStreamLimits(const MachineInfo& p_objMachineIn
 }
 
 bool ISensorController::init(const ModuleConfigure& p_objModuleConfigure) {
+    sensordiag::requestMarkerCheck();
     setState(m_bIniting);
     clearState(m_bInited);
-    SNS_ASSERT_TEXT(SNS_SUCCESS == initSysConf(m_nCameraID, p_objModuleConfigure, &m_stSysConf),
+    // The machine description is read once and serves every step below.
+    MachineInfo objMachineInfo;
+    const bool bMachineInfoRead =
+        SystemInfoParser::parseMachineInfo(MACHINE_INFO_FILE, objMachineInfo);
+    SNS_ASSERT_TEXT(SNS_SUCCESS == initSysConf(m_nCameraID, p_objModuleConfigure, objMachineInfo,
+                                               bMachineInfoRead, &m_stSysConf),
                     "SNS_SUCCESS == initSysConf(m_nCameraID,p_objModuleConfigure, &m_stSysConf)",
                     "");
     allocateSchemeSets();
     checkVersionStamp();
-    detectDeviceFlags();
+    detectDeviceFlags(objMachineInfo);
     loadSchemeFiles();
     SNS_ASSERT(SNS_SUCCESS == setVersion(m_nVersion), "m_nVersion(%d)\n", m_nVersion);
     initKeyCmdMap();
@@ -218,8 +224,6 @@ bool ISensorController::init(const ModuleConfigure& p_objModuleConfigure) {
     m_bShowWDRFalg = true;
     m_bShowLDCFlag = false;
     setshowBeawayFalg(true);
-    MachineInfo objMachineInfo;
-    SystemInfoParser::parseMachineInfo(MACHINE_INFO_FILE, objMachineInfo);
     applyVideoStreamLimits(objMachineInfo);
 
     setState(m_bInited);
@@ -231,13 +235,16 @@ bool ISensorController::init(const ModuleConfigure& p_objModuleConfigure) {
 void ISensorController::releaseBuffers() {
     m_pstKeyValTmp.reset();
     m_pKeyCmdMap.reset();
+    m_objKeyCmdIndex.clear();
     m_ppUserKeyVal.reset();
     m_pUserKeyValBlock.reset();
     m_pLprKeyVal.reset();
     m_pFctKeyVal = nullptr;
+    m_objSetIndex.clear();
 }
 
 void ISensorController::uinit() {
+    sensordiag::requestMarkerCheck();
     if (!hasState(m_bInited)) {
         return;
     }
@@ -254,6 +261,7 @@ void ISensorController::uinit() {
 }
 
 std::string ISensorController::getUIStyleFile() {
+    sensordiag::requestMarkerCheck();
     if (m_pVideoStreamModule != nullptr) {
         for (int i = 0; i < STYLE_BUSY_POLLS && m_pVideoStreamModule->isBusy(); ++i) {
             TavrinTime(0, STYLE_BUSY_WAIT_USEC).wait();
