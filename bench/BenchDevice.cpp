@@ -109,9 +109,9 @@ BenchDevice::~BenchDevice() {
     installClock(nullptr);
 }
 
-std::unique_ptr<ISensorController> BenchDevice::bringUp() const {
+std::unique_ptr<ISensorController> BenchDevice::bringUp(int p_nChannel) const {
     auto pController = std::make_unique<ISensorController>();
-    pController->setChannelID(1);
+    pController->setChannelID(p_nChannel);
     pController->setVideoStreamModule(&m_objVideo);
     pController->init(m_objModule);
     return pController;

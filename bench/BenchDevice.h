@@ -32,8 +32,8 @@ public:
 
     const ModuleConfigure& module() const { return m_objModule; }
     const sensortest::TempDeviceRoot& root() const { return m_objRoot; }
-    // Construct, channel 1, video module, init.
-    std::unique_ptr<ISensorController> bringUp() const;
+    // Construct, channel p_nChannel, video module, init.
+    std::unique_ptr<ISensorController> bringUp(int p_nChannel = 1) const;
     // The merged style the channel's init left on the root.
     std::string mergedStyle() const;
     // Controls (elements with an "id") of the device's style.

@@ -431,8 +431,11 @@ namespace {
 // The dynamic style as a document: the style parsed, each dynamic command's
 // controls rewritten by the ISP's answer, the hidden controls removed. False
 // when the style does not parse (the document is then empty).
-bool buildDnaStyle(int p_channelID, const char* p_szStyle, TiXmlDocumentEx& objStyleXmlDoc,
-                   bool p_bShowWDRFalg, bool p_bShowLDCFlag) {
+// With p_bLoaded the document holds the style already (the merged style's own
+// document at init) and is not parsed again: it then counts as parsed when it
+// has content, as the text it prints to would parse.
+bool buildDnaStyle(int p_channelID, const char* p_szStyle, bool p_bLoaded,
+                   TiXmlDocumentEx& objStyleXmlDoc, bool p_bShowWDRFalg, bool p_bShowLDCFlag) {
     ia_dynamic_cmd_list_st dnaCmdList{};
     const int nRet =
         ia_ioctrl_v2(p_channelID - 1, IA_CMD_DYNAMIC_PARAMS_CMDS_GET, IA_CMD_OPT_GET, &dnaCmdList);
@@ -443,7 +446,8 @@ bool buildDnaStyle(int p_channelID, const char* p_szStyle, TiXmlDocumentEx& objS
         "");
     clampDynamicCmdList(dnaCmdList);
 
-    const bool bParsed = objStyleXmlDoc.LoadMem(p_szStyle, TIXML_ENCODING_UTF8);
+    const bool bParsed = p_bLoaded ? objStyleXmlDoc.FirstChild() != nullptr
+                                   : objStyleXmlDoc.LoadMem(p_szStyle, TIXML_ENCODING_UTF8);
     SNS_ASSERT_TEXT_FOR("getDnaStyle", bParsed,
                         "objStyleXmlDoc.LoadMem(szStyle, TIXML_ENCODING_UTF8)", "");
     ControlIndex objIndex(objStyleXmlDoc.RootElement());
@@ -461,7 +465,7 @@ bool buildDnaStyle(int p_channelID, const char* p_szStyle, TiXmlDocumentEx& objS
 int getDnaStyle(int p_channelID, const char* p_szStyle, std::string& strDnaStyle,
                 bool p_bShowWDRFalg, bool p_bShowLDCFlag) {
     TiXmlDocumentEx objStyleXmlDoc;
-    buildDnaStyle(p_channelID, p_szStyle, objStyleXmlDoc, p_bShowWDRFalg, p_bShowLDCFlag);
+    buildDnaStyle(p_channelID, p_szStyle, false, objStyleXmlDoc, p_bShowWDRFalg, p_bShowLDCFlag);
     // The document was parsed from memory and so has no file name of its
     // own: saving it under that name writes nothing, and is left out.
     objStyleXmlDoc.getXmlString(strDnaStyle);
@@ -492,23 +496,42 @@ int style2KeyVal(TiXmlElement* pRootNode, KeyVal* p_pKeyVal, u32* p_pnKeyValNum,
     return SNS_SUCCESS;
 }
 
-int getFctData(int p_channelID, const char* p_szStyle, KeyVal* p_pKeyVal, u32* p_pnKeyValNum,
-               u32 p_nCapacity, bool p_bShowWDRFalg, bool p_bShowLDCFlag) {
+namespace {
+
+// The factory set from the dynamic style built in p_objDoc (see buildDnaStyle).
+int collectFctData(int p_channelID, const char* p_szStyle, bool p_bLoaded,
+                   TiXmlDocumentEx& objDnaStyleDoc, KeyVal* p_pKeyVal, u32* p_pnKeyValNum,
+                   u32 p_nCapacity, bool p_bShowWDRFalg, bool p_bShowLDCFlag) {
     if (p_pnKeyValNum == nullptr) {
         return SNS_FAILED;
     }
     // The set is collected from the dynamic style's document itself: printing
     // it and parsing the text again would give the same controls.
-    TiXmlDocumentEx objDnaStyleDoc;
-    const bool bBuilt =
-        buildDnaStyle(p_channelID, p_szStyle, objDnaStyleDoc, p_bShowWDRFalg, p_bShowLDCFlag);
-    SNS_ASSERT_TEXT(bBuilt, "objDnaStyleDoc.LoadMem(strDnaStyle.c_str(), TIXML_ENCODING_UTF8)", "");
+    const bool bBuilt = buildDnaStyle(p_channelID, p_szStyle, p_bLoaded, objDnaStyleDoc,
+                                      p_bShowWDRFalg, p_bShowLDCFlag);
+    SNS_ASSERT_TEXT_FOR("getFctData", bBuilt,
+                        "objDnaStyleDoc.LoadMem(strDnaStyle.c_str(), TIXML_ENCODING_UTF8)", "");
 
     *p_pnKeyValNum = 0;
     TiXmlElement* pRootNode = objDnaStyleDoc.RootElement();
     const int nCollected = style2KeyVal(pRootNode, p_pKeyVal, p_pnKeyValNum, p_nCapacity);
-    SNS_ASSERT_TEXT(SNS_SUCCESS == nCollected,
-                    "SNS_SUCCESS == style2KeyVal(pRootNode, p_pKeyVal, p_pnKeyValNum)",
-                    "p_pnKeyValNum(%u)\n", *p_pnKeyValNum);
+    SNS_ASSERT_TEXT_FOR("getFctData", SNS_SUCCESS == nCollected,
+                        "SNS_SUCCESS == style2KeyVal(pRootNode, p_pKeyVal, p_pnKeyValNum)",
+                        "p_pnKeyValNum(%u)\n", *p_pnKeyValNum);
     return SNS_SUCCESS;
+}
+
+} // namespace
+
+int getFctData(int p_channelID, const char* p_szStyle, KeyVal* p_pKeyVal, u32* p_pnKeyValNum,
+               u32 p_nCapacity, bool p_bShowWDRFalg, bool p_bShowLDCFlag) {
+    TiXmlDocumentEx objDnaStyleDoc;
+    return collectFctData(p_channelID, p_szStyle, false, objDnaStyleDoc, p_pKeyVal, p_pnKeyValNum,
+                          p_nCapacity, p_bShowWDRFalg, p_bShowLDCFlag);
+}
+
+int getFctData(int p_channelID, TiXmlDocumentEx& p_objMergedStyle, KeyVal* p_pKeyVal,
+               u32* p_pnKeyValNum, u32 p_nCapacity, bool p_bShowWDRFalg, bool p_bShowLDCFlag) {
+    return collectFctData(p_channelID, nullptr, true, p_objMergedStyle, p_pKeyVal, p_pnKeyValNum,
+                          p_nCapacity, p_bShowWDRFalg, p_bShowLDCFlag);
 }

@@ -253,11 +253,14 @@ int initSysConf(int p_nChannelID, const ModuleConfigure& p_objModuleConfigure,
                 SysConfig* p_stSysConf) {
     MachineInfo machineInfo;
     const bool bParsed = SystemInfoParser::parseMachineInfo(MACHINE_INFO_FILE, machineInfo);
-    return initSysConf(p_nChannelID, p_objModuleConfigure, machineInfo, bParsed, p_stSysConf);
+    TiXmlDocumentEx objMerged;
+    return initSysConf(p_nChannelID, p_objModuleConfigure, machineInfo, bParsed, objMerged,
+                       p_stSysConf);
 }
 
 int initSysConf(int p_nChannelID, const ModuleConfigure& p_objModuleConfigure,
-                const MachineInfo& machineInfo, bool p_bMachineInfoRead, SysConfig* p_stSysConf) {
+                const MachineInfo& machineInfo, bool p_bMachineInfoRead,
+                TiXmlDocumentEx& p_objMergedStyle, SysConfig* p_stSysConf) {
     if (p_stSysConf == nullptr) {
         return SNS_FAILED;
     }
@@ -298,8 +301,9 @@ int initSysConf(int p_nChannelID, const ModuleConfigure& p_objModuleConfigure,
                     "getFileLen(strStyleDivFileName.c_str())) > 0",
                     "");
 
-    const int nMerged = mergeStyle(p_nChannelID, &p_stSysConf->moduleConfig,
-                                   &p_stSysConf->szUIStyle, ui_styleDiversity.get());
+    const int nMerged =
+        mergeStyle(p_nChannelID, &p_stSysConf->moduleConfig, &p_stSysConf->szUIStyle,
+                   ui_styleDiversity.get(), p_objMergedStyle);
     SNS_ASSERT_TEXT(SNS_SUCCESS == nMerged,
                     "SNS_SUCCESS == mergeStyle(p_nChannelID,&p_stSysConf->moduleConfig, "
                     "&p_stSysConf->szUIStyle, ui_styleDiversity)",
@@ -325,10 +329,15 @@ void uinitSysConf(SysConfig* p_stSysConf) {
 
 int mergeStyle(int p_nChannelID, ModuleConfig* p_pModuleConfig, char** ui_style,
                char* ui_styleDiversity) {
+    TiXmlDocumentEx doc_style;
+    return mergeStyle(p_nChannelID, p_pModuleConfig, ui_style, ui_styleDiversity, doc_style);
+}
+
+int mergeStyle(int p_nChannelID, ModuleConfig* p_pModuleConfig, char** ui_style,
+               char* ui_styleDiversity, TiXmlDocumentEx& doc_style) {
     if (ui_style == nullptr || p_pModuleConfig == nullptr) {
         return SNS_FAILED;
     }
-    TiXmlDocumentEx doc_style;
     TiXmlDocumentEx doc_style_div;
     SNS_ASSERT(doc_style.LoadMem(*ui_style, TIXML_ENCODING_UTF8), "");
     SNS_ASSERT(doc_style_div.LoadMem(ui_styleDiversity, TIXML_ENCODING_UTF8), "");

@@ -10,6 +10,7 @@
 #include "common/SensorDebug.h"
 #include "common/SensorKeys.h"
 #include "config/SensorFile.h"
+#include "config/SensorXml.h"
 #include "controller/ISensorController.h"
 #include "platform/DeviceRoot.h"
 #include "platform/DeviceType.h"
@@ -73,7 +74,7 @@ std::string ISensorController::removeSchemeFilesCommand() const {
     return szCmd;
 }
 
-void ISensorController::allocateSchemeSets() {
+void ISensorController::allocateSchemeSets(TiXmlDocumentEx& p_objMergedStyle) {
     // The factory set is derived into a buffer of the table's capacity before
     // its length is known.
     const u32 nCapacity = m_nKeyCmdSum;
@@ -81,7 +82,7 @@ void ISensorController::allocateSchemeSets() {
     m_pLprKeyVal = std::make_unique<KeyVal[]>(nCapacity);
     m_nKeyValSum = 0;
     SNS_ASSERT_FOR("init",
-                   SNS_SUCCESS == getFctData(m_nCameraID, m_stSysConf.szUIStyle, pFactory.get(),
+                   SNS_SUCCESS == getFctData(m_nCameraID, p_objMergedStyle, pFactory.get(),
                                              &m_nKeyValSum, nCapacity, m_bShowWDRFalg,
                                              m_bShowLDCFlag),
                    "m_nKeyValSum(%d)\n", m_nKeyValSum);
@@ -204,11 +205,15 @@ bool ISensorController::init(const ModuleConfigure& p_objModuleConfigure) {
     MachineInfo objMachineInfo;
     const bool bMachineInfoRead =
         SystemInfoParser::parseMachineInfo(MACHINE_INFO_FILE, objMachineInfo);
+    // The merged style's document becomes the factory set's dynamic style:
+    // the style is parsed once per start-up.
+    auto pMergedStyle = std::make_unique<TiXmlDocumentEx>();
     SNS_ASSERT_TEXT(SNS_SUCCESS == initSysConf(m_nCameraID, p_objModuleConfigure, objMachineInfo,
-                                               bMachineInfoRead, &m_stSysConf),
+                                               bMachineInfoRead, *pMergedStyle, &m_stSysConf),
                     "SNS_SUCCESS == initSysConf(m_nCameraID,p_objModuleConfigure, &m_stSysConf)",
                     "");
-    allocateSchemeSets();
+    allocateSchemeSets(*pMergedStyle);
+    pMergedStyle.reset();
     checkVersionStamp();
     detectDeviceFlags(objMachineInfo);
     loadSchemeFiles();

@@ -18,6 +18,7 @@
 #include "platform/VXMutex.h"
 
 class GThread;
+class TiXmlDocumentEx;
 class VideoStreamModule;
 
 class ISensorController {
@@ -244,7 +245,7 @@ private:
                           keycmd& p_stKeyCmd);
 
     // Start-up steps and scheme helpers (channel life cycle, schemes, resets).
-    void allocateSchemeSets();
+    void allocateSchemeSets(TiXmlDocumentEx& p_objMergedStyle);
     void checkVersionStamp();
     void detectDeviceFlags(const MachineInfo& p_objMachineInfo);
     void loadSchemeFiles();
