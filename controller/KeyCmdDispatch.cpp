@@ -25,14 +25,12 @@ bool isLensCommand(u32 p_nKey) {
 int ISensorController::keyCmdRowOf(const keycmd* p_pKeyCmdMap, u32 p_nKey) const {
     // The owned table through its index (built with it at init); any other
     // table a caller hands in is scanned.
-    if (p_pKeyCmdMap == m_pKeyCmdMap.get()) {
+    if (p_pKeyCmdMap == m_pKeyCmdMap.get() && !m_objKeyCmdIndex.empty()) {
         const int nRow = m_objKeyCmdIndex.find(p_nKey);
-        if (nRow >= 0 && static_cast<u32>(nRow) < m_nKeyCmdSum &&
-            p_pKeyCmdMap[nRow].key == p_nKey) {
+        // A row that no longer holds its key (the table changed) is looked for.
+        if (nRow < 0 ||
+            (static_cast<u32>(nRow) < m_nKeyCmdSum && p_pKeyCmdMap[nRow].key == p_nKey)) {
             return nRow;
-        }
-        if (nRow < 0) {
-            return -1;
         }
     }
     for (u32 i = 0; i < m_nKeyCmdSum; ++i) {

@@ -21,6 +21,7 @@ public:
         }
     }
     void clear() { m_vecSlots.clear(); }
+    bool empty() const { return m_vecSlots.empty(); }
     // The first position of p_nKey, or -1.
     int find(u32 p_nKey) const {
         if (m_vecSlots.empty()) {
