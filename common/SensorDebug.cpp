@@ -90,7 +90,7 @@ bool isMarkerCheckDue() {
 // rather than going on with the level from before the request.
 std::mutex g_markerMutex;
 
-// Reads the marker when a check is due. Two atomic loads when none is.
+// Reads the marker when a check is due; three atomic loads when none is.
 void refreshDebugLevel() {
     if (!isMarkerCheckDue()) {
         return;
