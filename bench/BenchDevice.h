@@ -25,15 +25,19 @@ class BenchDevice {
 public:
     // Copies devices/<name> into a fresh root, loads its ISP profile and
     // installs the virtual clock (init's one-second wait costs nothing).
-    explicit BenchDevice(const std::string& p_strName);
+    // A scale above 1 grows the style to that many times its controls (see
+    // scaleStyle).
+    explicit BenchDevice(const std::string& p_strName, int p_nStyleScale = 1);
     ~BenchDevice();
 
     const ModuleConfigure& module() const { return m_objModule; }
     const sensortest::TempDeviceRoot& root() const { return m_objRoot; }
-    // Construct, channel 1, video module, init.
-    std::unique_ptr<ISensorController> bringUp() const;
+    // Construct, channel p_nChannel, video module, init.
+    std::unique_ptr<ISensorController> bringUp(int p_nChannel = 1) const;
     // The merged style the channel's init left on the root.
     std::string mergedStyle() const;
+    // Controls (elements with an "id") of the device's style.
+    std::size_t controlCount() const;
 
 private:
     sensortest::TempDeviceRoot m_objRoot;

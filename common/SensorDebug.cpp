@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 #include <string>
 #include <unistd.h>
 
@@ -73,7 +74,50 @@ private:
     VXLogger m_objLogger;
 };
 
+// Checks asked for and checks made, as counts: a check is due while they
+// differ, or when the device root changed since the last check. The first
+// check of a process is due from the start.
+std::atomic<unsigned> g_nMarkerRequests{1};
+std::atomic<unsigned> g_nMarkerChecked{0};
+std::atomic<unsigned> g_nCheckedRoot{0};
+
+bool isMarkerCheckDue() {
+    return g_nMarkerChecked.load(std::memory_order_acquire) !=
+               g_nMarkerRequests.load(std::memory_order_acquire) ||
+           g_nCheckedRoot.load(std::memory_order_acquire) != DeviceRoot::generation();
+}
+// One check at a time; a diagnostic of another thread meanwhile waits for it
+// rather than going on with the level from before the request.
+std::mutex g_markerMutex;
+
+// Reads the marker when a check is due; three atomic loads when none is.
+void refreshDebugLevel() {
+    if (!isMarkerCheckDue()) {
+        return;
+    }
+    std::lock_guard<std::mutex> objGuard(g_markerMutex);
+    if (!isMarkerCheckDue()) {
+        return; // another thread made the check meanwhile
+    }
+    // Taken before the read: a request or a root change during the read makes
+    // the next diagnostic read again.
+    const unsigned nRequests = g_nMarkerRequests.load(std::memory_order_acquire);
+    const unsigned nRoot = DeviceRoot::generation();
+    updateDebugLevel();
+    g_nMarkerChecked.store(nRequests, std::memory_order_release);
+    g_nCheckedRoot.store(nRoot, std::memory_order_release);
+}
+
 } // namespace
+
+void sensordiag::requestMarkerCheck() {
+    g_nMarkerRequests.fetch_add(1, std::memory_order_acq_rel);
+}
+
+int sensordiag::debugLevel() {
+    refreshDebugLevel();
+    return g_nDebugLevel;
+}
 
 void updateDebugLevel() {
     const std::string strPath = DeviceRoot::resolve(sensordiag::DEBUG_SIGN_FILE);
@@ -97,7 +141,7 @@ namespace sensordiag {
 
 void printTagged(int p_nThreshold, int p_nColour, const char* p_szTag, bool p_bToLog,
                  const Origin& p_stOrigin, const char* p_szFormat, ...) {
-    updateDebugLevel();
+    refreshDebugLevel();
     if (g_nDebugLevel <= p_nThreshold) {
         return;
     }
@@ -116,7 +160,7 @@ void printTagged(int p_nThreshold, int p_nColour, const char* p_szTag, bool p_bT
 }
 
 void printPlain(int p_nThreshold, int p_nColour, const char* p_szFormat, ...) {
-    updateDebugLevel();
+    refreshDebugLevel();
     if (g_nDebugLevel <= p_nThreshold) {
         return;
     }
@@ -146,7 +190,7 @@ bool check(bool bRet, const char* p_szCondition, const Origin& p_stOrigin, const
     if (bRet) {
         return true;
     }
-    updateDebugLevel();
+    refreshDebugLevel();
     if (g_nDebugLevel >= 0) {
         LineBuffer line;
         std::snprintf(line.data(), line.size(), "%s   ~~~Assertion failed.\n", p_szCondition);
@@ -156,7 +200,7 @@ bool check(bool bRet, const char* p_szCondition, const Origin& p_stOrigin, const
         objLog.write(TAG_ASSERT, line.data());
     }
 
-    updateDebugLevel();
+    refreshDebugLevel();
     if (g_nDebugLevel >= 0) {
         LineBuffer buf;
         va_list args;

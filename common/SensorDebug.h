@@ -1,7 +1,11 @@
 // Diagnostics: coloured console traces gated by the debug level, the check macro
-// SNS_ASSERT, and the error log. The level and the abort switch are re-read from
-// the marker file "/tmp/Debug.sign" before every diagnostic, so a change to that
-// file takes effect at the next diagnostic of a running process.
+// SNS_ASSERT, and the error log. The level and the abort switch come from the
+// marker file "/tmp/Debug.sign". It is not looked at before every diagnostic
+// (a path lookup costs more than the rest of a parameter write): every host
+// call and every sensor-thread pass asks for one check (requestMarkerCheck),
+// and the first diagnostic after that request reads the file once. A change
+// to the file is so obeyed from the next host call or pass on, and a call or
+// pass without diagnostics touches no file at all.
 //
 // Every source file that uses the macros defines SNS_SOURCE_UNIT (the unit name
 // printed in headers, e.g. "ISensorController") before including this header.
@@ -9,7 +13,20 @@
 
 #include "common/SensorTypes.h"
 
+// Reads the marker file now (level and abort switch), whatever was asked.
 void updateDebugLevel();
+
+namespace sensordiag {
+
+// Asks for one check of the marker file before the next diagnostic: called at
+// the start of every host call and of every sensor-thread pass, and when the
+// device root changes (the marker is then another file).
+void requestMarkerCheck();
+
+// The debug level in force, after the check asked for, if any.
+int debugLevel();
+
+} // namespace sensordiag
 
 namespace sensordiag {
 
@@ -100,6 +117,13 @@ bool check(bool bRet, const char* p_szCondition, const Origin& p_stOrigin, const
                       __VA_ARGS__)
 #define SNS_ASSERT_FOR(function, condition, ...)                                                   \
     static_cast<void>(SNS_CHECK_FOR(function, condition, __VA_ARGS__))
+#define SNS_CHECK_TEXT_FOR(function, condition, text, ...)                                         \
+    sensordiag::check(static_cast<bool>(condition), text, SNS_ORIGIN_FOR_(function), __VA_ARGS__)
+#define SNS_ASSERT_TEXT_FOR(function, condition, text, ...)                                        \
+    static_cast<void>(SNS_CHECK_TEXT_FOR(function, condition, text, __VA_ARGS__))
+#define SNS_DBG_FOR(function, ...)                                                                 \
+    sensordiag::printTagged(5, sensordiag::COLOUR_DEFAULT, "[sensor dbg]", false,                  \
+                            SNS_ORIGIN_FOR_(function), __VA_ARGS__)
 #define SNS_WARN_FOR(function, ...)                                                                \
     sensordiag::printTagged(3, sensordiag::COLOUR_DEFAULT, "[sensor warn]", true,                  \
                             SNS_ORIGIN_FOR_(function), __VA_ARGS__)

@@ -8,6 +8,7 @@
 #include "common/ia_ioctrl.h"
 
 class TiXmlDocument;
+class TiXmlDocumentEx;
 class TiXmlElement;
 
 // Version stamp file: 4 bytes, unsigned 32-bit little-endian.
@@ -72,6 +73,11 @@ int getFctData(int p_channelID, const char* p_szStyle, KeyVal* p_pKeyVal, u32* p
 // The same with the beaway flag given instead of read from the global flag.
 int getFctData(int p_channelID, const char* p_szStyle, KeyVal* p_pKeyVal, u32* p_pnKeyValNum,
                u32 p_nCapacity, bool p_bShowWDRFalg, bool p_bShowLDCFlag, bool p_bShowBeaway);
+// The same from the merged style's own document, as mergeStyle left it (init
+// has it at hand): the document is rewritten in place, no text is parsed.
+int getFctData(int p_channelID, TiXmlDocumentEx& p_objMergedStyle, KeyVal* p_pKeyVal,
+               u32* p_pnKeyValNum, u32 p_nCapacity, bool p_bShowWDRFalg, bool p_bShowLDCFlag,
+               bool p_bShowBeaway);
 // Appends the controls of pRootNode's subtree at *p_pnKeyValNum; SNS_FAILED
 // when some did not fit into p_nCapacity entries (the count stops there).
 int style2KeyVal(TiXmlElement* pRootNode, KeyVal* p_pKeyVal, u32* p_pnKeyValNum, u32 p_nCapacity);

@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
+#include <vector>
 
 #include "common/SensorDebug.h"
 #include "common/SensorKeys.h"
@@ -64,15 +66,104 @@ template <class Visit> int forEachControl(TiXmlElement* p_pNode, int p_nCmd, Vis
     return 0;
 }
 
+// Every control of a style by key, as forEachControl finds them: in document
+// order, a control's own subtree not searched for its own key. One walk
+// serves all the dynamic commands instead of one walk each. A removal that
+// takes a control with it makes the index walk the tree again before its
+// next use, so it never hands out a removed element.
+class ControlIndex {
+public:
+    explicit ControlIndex(TiXmlElement* p_pRoot) : m_pRoot(p_pRoot) {}
+
+    // The controls with key p_nCmd, in document order.
+    template <class Visit> int forEach(int p_nCmd, Visit&& p_fnVisit) {
+        if (m_bStale) {
+            rebuild();
+        }
+        auto it =
+            std::lower_bound(m_vecControls.begin(), m_vecControls.end(), p_nCmd,
+                             [](const Entry& stEntry, int nCmd) { return stEntry.first < nCmd; });
+        for (; it != m_vecControls.end() && it->first == p_nCmd; ++it) {
+            const int nRet = p_fnVisit(it->second);
+            if (nRet != 0) {
+                return nRet;
+            }
+        }
+        return 0;
+    }
+    TiXmlElement* last(int p_nCmd) {
+        TiXmlElement* pLast = nullptr;
+        forEach(p_nCmd, [&pLast](TiXmlElement* pMatch) {
+            pLast = pMatch;
+            return 0;
+        });
+        return pLast;
+    }
+    void removeChild(TiXmlNode* p_pParent, TiXmlElement* p_pChild) {
+        m_bStale = m_bStale || holdsControl(p_pChild);
+        p_pParent->RemoveChild(p_pChild);
+    }
+
+private:
+    using Entry = std::pair<int, TiXmlElement*>;
+
+    static bool holdsControl(const TiXmlElement* p_pNode) {
+        if (p_pNode->Attribute("id") != nullptr) {
+            return true;
+        }
+        for (const TiXmlElement* pChild = p_pNode->FirstChildElement(); pChild != nullptr;
+             pChild = pChild->NextSiblingElement()) {
+            if (holdsControl(pChild)) {
+                return true;
+            }
+        }
+        return false;
+    }
+    // p_vecPath: the keys of the controls above p_pNode.
+    void add(TiXmlElement* p_pNode, std::vector<int>& p_vecPath) {
+        const char* szId = p_pNode->Attribute("id");
+        const int nId = szId != nullptr ? toInt(szId) : 0;
+        if (szId != nullptr) {
+            if (std::find(p_vecPath.begin(), p_vecPath.end(), nId) == p_vecPath.end()) {
+                m_vecControls.emplace_back(nId, p_pNode);
+            }
+            p_vecPath.push_back(nId);
+        }
+        for (TiXmlElement* pChild = p_pNode->FirstChildElement(); pChild != nullptr;
+             pChild = pChild->NextSiblingElement()) {
+            add(pChild, p_vecPath);
+        }
+        if (szId != nullptr) {
+            p_vecPath.pop_back();
+        }
+    }
+    void rebuild() {
+        m_vecControls.clear();
+        std::vector<int> vecPath;
+        if (m_pRoot != nullptr) {
+            add(m_pRoot, vecPath);
+        }
+        // Stable: document order within a key.
+        std::stable_sort(m_vecControls.begin(), m_vecControls.end(),
+                         [](const Entry& a, const Entry& b) { return a.first < b.first; });
+        m_bStale = false;
+    }
+
+    TiXmlElement* m_pRoot;
+    std::vector<Entry> m_vecControls;
+    bool m_bStale = true;
+};
+
 bool allowsItem(const ia_dynamic_params_attr_st& p_stAttr, int p_nItem) {
     const int nCount = std::clamp(p_stAttr.items_cnt, 0, IA_DYNAMIC_ITEM_MAX);
     return std::find(p_stAttr.item, p_stAttr.item + nCount, p_nItem) != p_stAttr.item + nCount;
 }
 
 // Sets the control's default and removes the list items the ISP does not
-// allow; -1 at the first item without "index".
-int rewriteControl(TiXmlElement* p_pControl, int p_nCmd,
-                   const ia_dynamic_params_attr_st& p_stAttr) {
+// allow (through p_fnRemove); -1 at the first item without "index".
+template <class Remove>
+int rewriteControl(TiXmlElement* p_pControl, int p_nCmd, const ia_dynamic_params_attr_st& p_stAttr,
+                   Remove&& p_fnRemove) {
     SNS_DBG("_________________cmd(%d) default(%d)__________________\n", p_nCmd,
             p_stAttr.default_val);
     p_pControl->SetAttribute("value", p_stAttr.default_val);
@@ -85,7 +176,7 @@ int rewriteControl(TiXmlElement* p_pControl, int p_nCmd,
         }
         if (!allowsItem(p_stAttr, toInt(szIndex))) {
             SNS_DBG("_________________delete comboitem(%s)__________________\n", szIndex);
-            p_pControl->RemoveChild(pItem);
+            p_fnRemove(p_pControl, pItem);
         }
     }
     return 0;
@@ -120,10 +211,16 @@ bool isPresetKey(u32 p_nCmd) {
 
 // The style's preset for a preset key becomes the default when the ISP allows
 // it; a maximum-shutter preset of 200 and above brings its own item list.
-void applyStylePreset(TiXmlElement* p_pRoot, int p_nIndex, u32 p_nCmd,
+void applyStylePreset(ControlIndex& p_objIndex, int p_nIndex, u32 p_nCmd,
                       ia_dynamic_params_attr_st& dnaParamList) {
     int nVal = 0;
-    getDnaValbyCmdId(p_pRoot, static_cast<int>(p_nCmd), nVal);
+    // As getDnaValbyCmdId: the last control with a "value" gives it.
+    p_objIndex.forEach(static_cast<int>(p_nCmd), [&nVal](TiXmlElement* pMatch) {
+        if (const char* szValue = pMatch->Attribute("value")) {
+            nVal = toInt(szValue);
+        }
+        return 0;
+    });
     if (nVal == STYLE_NO_PRESET) {
         return;
     }
@@ -137,14 +234,18 @@ void applyStylePreset(TiXmlElement* p_pRoot, int p_nIndex, u32 p_nCmd,
         }
     }
     if (nVal >= STYLE_OWN_ITEMS && p_nCmd == KEY_MAX_SHUTTER) {
-        doCustomizeStyle(p_pRoot, KEY_MAX_SHUTTER, &dnaParamList);
+        p_objIndex.forEach(static_cast<int>(KEY_MAX_SHUTTER),
+                           [&dnaParamList](TiXmlElement* pMatch) {
+                               takeStyleItems(pMatch, dnaParamList);
+                               return 0;
+                           });
         dnaParamList.default_val = nVal - STYLE_OWN_ITEMS;
     }
 }
 
 // Asks the ISP for the allowed values of one dynamic command and rewrites its
 // controls accordingly.
-void applyDynamicCmd(int p_channelID, TiXmlElement* p_pRoot, int i, u32 p_nCmd) {
+void applyDynamicCmd(int p_channelID, ControlIndex& p_objIndex, int i, u32 p_nCmd) {
     SNS_DBG("dnaCmdList.cmd_list[%d] = cmd(%d)\n", i, static_cast<int>(p_nCmd));
     ia_dynamic_params_attr_st dnaParamList{};
     const int nRet = ia_ioctrl_v2(p_channelID - 1, static_cast<ia_cmd_e>(p_nCmd),
@@ -156,35 +257,44 @@ void applyDynamicCmd(int p_channelID, TiXmlElement* p_pRoot, int i, u32 p_nCmd) 
                     "");
     clampDynamicParams(dnaParamList);
     if (isPresetKey(p_nCmd)) {
-        applyStylePreset(p_pRoot, i, p_nCmd, dnaParamList);
+        applyStylePreset(p_objIndex, i, p_nCmd, dnaParamList);
     }
-    const int nDone = doDnaStyle(p_pRoot, static_cast<int>(p_nCmd), &dnaParamList);
+    // As doDnaStyle, through the index.
+    const int nDone = p_objIndex.forEach(static_cast<int>(p_nCmd), [&](TiXmlElement* pMatch) {
+        return rewriteControl(pMatch, static_cast<int>(p_nCmd), dnaParamList,
+                              [&p_objIndex](TiXmlElement* pParent, TiXmlElement* pItem) {
+                                  p_objIndex.removeChild(pParent, pItem);
+                              });
+    });
     SNS_ASSERT_TEXT(SNS_SUCCESS == nDone,
                     "SNS_SUCCESS == doDnaStyle(objStyleXmlDoc.RootElement(), "
                     "dnaCmdList.cmd_list[i], &dnaParamList)",
                     "");
 }
 
-// Removes the last control with the key; nothing when the style has none.
-void hideControl(TiXmlElement* p_pRoot, u32 p_nKey) {
-    TiXmlElement* pNode = nullptr;
-    getNodebyCmdId(p_pRoot, static_cast<int>(p_nKey), pNode);
-    DeleteNode(p_pRoot, pNode);
+// Removes the last control with the key (as getNodebyCmdId and DeleteNode);
+// nothing when the style has none.
+void hideControl(ControlIndex& p_objIndex, u32 p_nKey) {
+    TiXmlElement* pNode = p_objIndex.last(static_cast<int>(p_nKey));
+    TiXmlNode* pParent = pNode != nullptr ? pNode->Parent() : nullptr;
+    if (pParent != nullptr && pParent->ToElement() != nullptr) {
+        p_objIndex.removeChild(pParent, pNode);
+    }
 }
 
-void hideControls(TiXmlElement* p_pRoot, bool p_bShowWDRFalg, bool p_bShowLDCFlag,
+void hideControls(ControlIndex& p_objIndex, bool p_bShowWDRFalg, bool p_bShowLDCFlag,
                   bool p_bShowBeaway) {
-    hideControl(p_pRoot, KEY_EMPTY1);
+    hideControl(p_objIndex, KEY_EMPTY1);
     if (!p_bShowWDRFalg) {
-        hideControl(p_pRoot, KEY_WDR_MODE);
-        hideControl(p_pRoot, KEY_WDR_STRG);
+        hideControl(p_objIndex, KEY_WDR_MODE);
+        hideControl(p_objIndex, KEY_WDR_STRG);
     }
     if (!p_bShowLDCFlag) {
-        hideControl(p_pRoot, KEY_LDC_SWITCH);
-        hideControl(p_pRoot, KEY_LDC_STRG);
+        hideControl(p_objIndex, KEY_LDC_SWITCH);
+        hideControl(p_objIndex, KEY_LDC_STRG);
     }
     if (p_bShowBeaway) {
-        hideControl(p_pRoot, KEY_EMPTY2);
+        hideControl(p_objIndex, KEY_EMPTY2);
     }
 }
 
@@ -301,7 +411,9 @@ int doDnaStyle(TiXmlElement* p_pNode, int p_nCmd, const ia_dynamic_params_attr_s
         return -1;
     }
     return forEachControl(p_pNode, p_nCmd, [p_nCmd, p_pstAttr](TiXmlElement* pMatch) {
-        return rewriteControl(pMatch, p_nCmd, *p_pstAttr);
+        return rewriteControl(
+            pMatch, p_nCmd, *p_pstAttr,
+            [](TiXmlElement* pParent, TiXmlElement* pItem) { pParent->RemoveChild(pItem); });
     });
 }
 
@@ -315,6 +427,43 @@ int doCustomizeStyle(TiXmlElement* p_pNode, int p_nCmd, ia_dynamic_params_attr_s
     });
 }
 
+namespace {
+
+// The dynamic style as a document: the style parsed, each dynamic command's
+// controls rewritten by the ISP's answer, the hidden controls removed. False
+// when the style does not parse (the document is then empty).
+// With p_bLoaded the document holds the style already (the merged style's own
+// document at init) and is not parsed again: it then counts as parsed when it
+// has content, as the text it prints to would parse.
+bool buildDnaStyle(int p_channelID, const char* p_szStyle, bool p_bLoaded,
+                   TiXmlDocumentEx& objStyleXmlDoc, bool p_bShowWDRFalg, bool p_bShowLDCFlag,
+                   bool p_bShowBeaway) {
+    ia_dynamic_cmd_list_st dnaCmdList{};
+    const int nRet =
+        ia_ioctrl_v2(p_channelID - 1, IA_CMD_DYNAMIC_PARAMS_CMDS_GET, IA_CMD_OPT_GET, &dnaCmdList);
+    SNS_ASSERT_TEXT_FOR(
+        "getDnaStyle", SNS_SUCCESS == nRet,
+        "SNS_SUCCESS == ia_ioctrl_v2(p_channelID-1, IA_CMD_DYNAMIC_PARAMS_CMDS_GET, "
+        "IA_CMD_OPT_GET, (void*)(&dnaCmdList))",
+        "");
+    clampDynamicCmdList(dnaCmdList);
+
+    const bool bParsed = p_bLoaded ? objStyleXmlDoc.FirstChild() != nullptr
+                                   : objStyleXmlDoc.LoadMem(p_szStyle, TIXML_ENCODING_UTF8);
+    SNS_ASSERT_TEXT_FOR("getDnaStyle", bParsed,
+                        "objStyleXmlDoc.LoadMem(szStyle, TIXML_ENCODING_UTF8)", "");
+    ControlIndex objIndex(objStyleXmlDoc.RootElement());
+
+    SNS_DBG_FOR("getDnaStyle", "dnaCmdList.cmd_cnt(%d)\n", dnaCmdList.cmd_cnt);
+    for (int i = 0; i < dnaCmdList.cmd_cnt; ++i) {
+        applyDynamicCmd(p_channelID, objIndex, i, dnaCmdList.cmd_list[i]);
+    }
+    hideControls(objIndex, p_bShowWDRFalg, p_bShowLDCFlag, p_bShowBeaway);
+    return bParsed;
+}
+
+} // namespace
+
 int getDnaStyle(int p_channelID, const char* p_szStyle, std::string& strDnaStyle,
                 bool p_bShowWDRFalg, bool p_bShowLDCFlag) {
     return getDnaStyle(p_channelID, p_szStyle, strDnaStyle, p_bShowWDRFalg, p_bShowLDCFlag,
@@ -323,26 +472,9 @@ int getDnaStyle(int p_channelID, const char* p_szStyle, std::string& strDnaStyle
 
 int getDnaStyle(int p_channelID, const char* p_szStyle, std::string& strDnaStyle,
                 bool p_bShowWDRFalg, bool p_bShowLDCFlag, bool p_bShowBeaway) {
-    ia_dynamic_cmd_list_st dnaCmdList{};
-    const int nRet =
-        ia_ioctrl_v2(p_channelID - 1, IA_CMD_DYNAMIC_PARAMS_CMDS_GET, IA_CMD_OPT_GET, &dnaCmdList);
-    SNS_ASSERT_TEXT(SNS_SUCCESS == nRet,
-                    "SNS_SUCCESS == ia_ioctrl_v2(p_channelID-1, IA_CMD_DYNAMIC_PARAMS_CMDS_GET, "
-                    "IA_CMD_OPT_GET, (void*)(&dnaCmdList))",
-                    "");
-    clampDynamicCmdList(dnaCmdList);
-
     TiXmlDocumentEx objStyleXmlDoc;
-    SNS_ASSERT_TEXT(objStyleXmlDoc.LoadMem(p_szStyle, TIXML_ENCODING_UTF8),
-                    "objStyleXmlDoc.LoadMem(szStyle, TIXML_ENCODING_UTF8)", "");
-    TiXmlElement* pRoot = objStyleXmlDoc.RootElement();
-
-    SNS_DBG("dnaCmdList.cmd_cnt(%d)\n", dnaCmdList.cmd_cnt);
-    for (int i = 0; i < dnaCmdList.cmd_cnt; ++i) {
-        applyDynamicCmd(p_channelID, pRoot, i, dnaCmdList.cmd_list[i]);
-    }
-    hideControls(pRoot, p_bShowWDRFalg, p_bShowLDCFlag, p_bShowBeaway);
-
+    buildDnaStyle(p_channelID, p_szStyle, false, objStyleXmlDoc, p_bShowWDRFalg, p_bShowLDCFlag,
+                  p_bShowBeaway);
     // The document was parsed from memory and so has no file name of its
     // own: saving it under that name writes nothing, and is left out.
     objStyleXmlDoc.getXmlString(strDnaStyle);
@@ -373,6 +505,34 @@ int style2KeyVal(TiXmlElement* pRootNode, KeyVal* p_pKeyVal, u32* p_pnKeyValNum,
     return SNS_SUCCESS;
 }
 
+namespace {
+
+// The factory set from the dynamic style built in p_objDoc (see buildDnaStyle).
+int collectFctData(int p_channelID, const char* p_szStyle, bool p_bLoaded,
+                   TiXmlDocumentEx& objDnaStyleDoc, KeyVal* p_pKeyVal, u32* p_pnKeyValNum,
+                   u32 p_nCapacity, bool p_bShowWDRFalg, bool p_bShowLDCFlag,
+                   bool p_bShowBeaway) {
+    if (p_pnKeyValNum == nullptr) {
+        return SNS_FAILED;
+    }
+    // The set is collected from the dynamic style's document itself: printing
+    // it and parsing the text again would give the same controls.
+    const bool bBuilt = buildDnaStyle(p_channelID, p_szStyle, p_bLoaded, objDnaStyleDoc,
+                                      p_bShowWDRFalg, p_bShowLDCFlag, p_bShowBeaway);
+    SNS_ASSERT_TEXT_FOR("getFctData", bBuilt,
+                        "objDnaStyleDoc.LoadMem(strDnaStyle.c_str(), TIXML_ENCODING_UTF8)", "");
+
+    *p_pnKeyValNum = 0;
+    TiXmlElement* pRootNode = objDnaStyleDoc.RootElement();
+    const int nCollected = style2KeyVal(pRootNode, p_pKeyVal, p_pnKeyValNum, p_nCapacity);
+    SNS_ASSERT_TEXT_FOR("getFctData", SNS_SUCCESS == nCollected,
+                        "SNS_SUCCESS == style2KeyVal(pRootNode, p_pKeyVal, p_pnKeyValNum)",
+                        "p_pnKeyValNum(%u)\n", *p_pnKeyValNum);
+    return SNS_SUCCESS;
+}
+
+} // namespace
+
 int getFctData(int p_channelID, const char* p_szStyle, KeyVal* p_pKeyVal, u32* p_pnKeyValNum,
                u32 p_nCapacity, bool p_bShowWDRFalg, bool p_bShowLDCFlag) {
     return getFctData(p_channelID, p_szStyle, p_pKeyVal, p_pnKeyValNum, p_nCapacity, p_bShowWDRFalg,
@@ -381,25 +541,14 @@ int getFctData(int p_channelID, const char* p_szStyle, KeyVal* p_pKeyVal, u32* p
 
 int getFctData(int p_channelID, const char* p_szStyle, KeyVal* p_pKeyVal, u32* p_pnKeyValNum,
                u32 p_nCapacity, bool p_bShowWDRFalg, bool p_bShowLDCFlag, bool p_bShowBeaway) {
-    if (p_pnKeyValNum == nullptr) {
-        return SNS_FAILED;
-    }
-    std::string strDnaStyle;
-    const int nRet = getDnaStyle(p_channelID, p_szStyle, strDnaStyle, p_bShowWDRFalg,
-                                 p_bShowLDCFlag, p_bShowBeaway);
-    SNS_ASSERT_TEXT(SNS_SUCCESS == nRet,
-                    "SNS_SUCCESS == getDnaStyle(p_channelID,p_szStyle, "
-                    "strDnaStyle,p_bShowWDRFalg,p_bShowLDCFlag)",
-                    "");
     TiXmlDocumentEx objDnaStyleDoc;
-    SNS_ASSERT_TEXT(objDnaStyleDoc.LoadMem(strDnaStyle.c_str(), TIXML_ENCODING_UTF8),
-                    "objDnaStyleDoc.LoadMem(strDnaStyle.c_str(), TIXML_ENCODING_UTF8)", "");
+    return collectFctData(p_channelID, p_szStyle, false, objDnaStyleDoc, p_pKeyVal, p_pnKeyValNum,
+                          p_nCapacity, p_bShowWDRFalg, p_bShowLDCFlag, p_bShowBeaway);
+}
 
-    *p_pnKeyValNum = 0;
-    TiXmlElement* pRootNode = objDnaStyleDoc.RootElement();
-    const int nCollected = style2KeyVal(pRootNode, p_pKeyVal, p_pnKeyValNum, p_nCapacity);
-    SNS_ASSERT_TEXT(SNS_SUCCESS == nCollected,
-                    "SNS_SUCCESS == style2KeyVal(pRootNode, p_pKeyVal, p_pnKeyValNum)",
-                    "p_pnKeyValNum(%u)\n", *p_pnKeyValNum);
-    return SNS_SUCCESS;
+int getFctData(int p_channelID, TiXmlDocumentEx& p_objMergedStyle, KeyVal* p_pKeyVal,
+               u32* p_pnKeyValNum, u32 p_nCapacity, bool p_bShowWDRFalg, bool p_bShowLDCFlag,
+               bool p_bShowBeaway) {
+    return collectFctData(p_channelID, nullptr, true, p_objMergedStyle, p_pKeyVal, p_pnKeyValNum,
+                          p_nCapacity, p_bShowWDRFalg, p_bShowLDCFlag, p_bShowBeaway);
 }

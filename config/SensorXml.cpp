@@ -72,6 +72,13 @@ bool TiXmlDocumentEx::SaveFile(const char* p_szDevicePath) const {
     }
     std::string strText;
     getXmlString(strText);
+    return saveXmlText(p_szDevicePath, strText);
+}
+
+bool TiXmlDocumentEx::saveXmlText(const char* p_szDevicePath, const std::string& strText) {
+    if (p_szDevicePath == nullptr || *p_szDevicePath == '\0') {
+        return false;
+    }
     VXFile file;
     if (!file.open(p_szDevicePath, VXFile::modeWrite | VXFile::modeTruncate)) {
         return false;

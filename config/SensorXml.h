@@ -25,6 +25,10 @@ public:
     // never sees a half-written document.
     bool SaveFile(const char* p_szDevicePath) const;
 
+    // Saves a document's text as getXmlString gave it, the way SaveFile does,
+    // for a caller that needs the text itself too and so prints only once.
+    static bool saveXmlText(const char* p_szDevicePath, const std::string& p_strText);
+
     // Saves under the document's own name; a document parsed from memory has
     // none, and then nothing is written.
     bool SaveFile() const;

@@ -251,6 +251,16 @@ int getDetailFieldToStr(const char* p_szDetail, const char* p_szField, char* p_s
 
 int initSysConf(int p_nChannelID, const ModuleConfigure& p_objModuleConfigure,
                 SysConfig* p_stSysConf) {
+    MachineInfo machineInfo;
+    const bool bParsed = SystemInfoParser::parseMachineInfo(MACHINE_INFO_FILE, machineInfo);
+    TiXmlDocumentEx objMerged;
+    return initSysConf(p_nChannelID, p_objModuleConfigure, machineInfo, bParsed, objMerged,
+                       p_stSysConf);
+}
+
+int initSysConf(int p_nChannelID, const ModuleConfigure& p_objModuleConfigure,
+                const MachineInfo& machineInfo, bool p_bMachineInfoRead,
+                TiXmlDocumentEx& p_objMergedStyle, SysConfig* p_stSysConf) {
     if (p_stSysConf == nullptr) {
         return SNS_FAILED;
     }
@@ -266,8 +276,7 @@ int initSysConf(int p_nChannelID, const ModuleConfigure& p_objModuleConfigure,
     getDetailFieldTou32(moduleConfig.szDetail, "max_scheme", &nSchemeSum);
     p_stSysConf->nSchemeSum = nSchemeSum;
 
-    MachineInfo machineInfo;
-    SNS_ASSERT_TEXT(SystemInfoParser::parseMachineInfo(MACHINE_INFO_FILE, machineInfo),
+    SNS_ASSERT_TEXT(p_bMachineInfoRead,
                     "SystemInfoParser::parseMachineInfo(\"/mnt/mtd/code/factory_setting/"
                     "machineinfo.ini\", machineInfo)",
                     "");
@@ -292,8 +301,9 @@ int initSysConf(int p_nChannelID, const ModuleConfigure& p_objModuleConfigure,
                     "getFileLen(strStyleDivFileName.c_str())) > 0",
                     "");
 
-    const int nMerged = mergeStyle(p_nChannelID, &p_stSysConf->moduleConfig,
-                                   &p_stSysConf->szUIStyle, ui_styleDiversity.get());
+    const int nMerged =
+        mergeStyle(p_nChannelID, &p_stSysConf->moduleConfig, &p_stSysConf->szUIStyle,
+                   ui_styleDiversity.get(), p_objMergedStyle);
     SNS_ASSERT_TEXT(SNS_SUCCESS == nMerged,
                     "SNS_SUCCESS == mergeStyle(p_nChannelID,&p_stSysConf->moduleConfig, "
                     "&p_stSysConf->szUIStyle, ui_styleDiversity)",
@@ -319,10 +329,15 @@ void uinitSysConf(SysConfig* p_stSysConf) {
 
 int mergeStyle(int p_nChannelID, ModuleConfig* p_pModuleConfig, char** ui_style,
                char* ui_styleDiversity) {
+    TiXmlDocumentEx doc_style;
+    return mergeStyle(p_nChannelID, p_pModuleConfig, ui_style, ui_styleDiversity, doc_style);
+}
+
+int mergeStyle(int p_nChannelID, ModuleConfig* p_pModuleConfig, char** ui_style,
+               char* ui_styleDiversity, TiXmlDocumentEx& doc_style) {
     if (ui_style == nullptr || p_pModuleConfig == nullptr) {
         return SNS_FAILED;
     }
-    TiXmlDocumentEx doc_style;
     TiXmlDocumentEx doc_style_div;
     SNS_ASSERT(doc_style.LoadMem(*ui_style, TIXML_ENCODING_UTF8), "");
     SNS_ASSERT(doc_style_div.LoadMem(ui_styleDiversity, TIXML_ENCODING_UTF8), "");
@@ -334,22 +349,16 @@ int mergeStyle(int p_nChannelID, ModuleConfig* p_pModuleConfig, char** ui_style,
         applyDiversityEntry(doc_style, node_first, p_pModuleConfig->szDetail);
     }
 
+    // Printed once: the same text is saved, traced and kept as the style (a
+    // saved file holds exactly that text, so it is not read back).
     std::array<char, 64> filename{};
     std::snprintf(filename.data(), filename.size(), MERGED_STYLE_FILE, p_nChannelID);
-    const bool bSaved = doc_style.SaveFile(filename.data());
-    SNS_ASSERT_TEXT(bSaved, "doc_style.SaveFile(filename)", "filename(%s)\n", filename.data());
-
     std::string strMerged;
     doc_style.getXmlString(strMerged);
+    const bool bSaved = TiXmlDocumentEx::saveXmlText(filename.data(), strMerged);
+    SNS_ASSERT_TEXT(bSaved, "doc_style.SaveFile(filename)", "filename(%s)\n", filename.data());
     SNS_INFO("%s\n", strMerged.c_str());
 
-    if (!bSaved) {
-        // Nothing to read back: the text comes from the document itself.
-        replaceConfigText(ui_style, copyConfigText(strMerged));
-        return SNS_SUCCESS;
-    }
-    int nRead = 0;
-    replaceConfigText(ui_style, loadConfigText(filename.data(), nRead));
-    SNS_ASSERT_TEXT(nRead > 0, "loadFromFile(filename, *ui_style, file_len) > 0", "");
+    replaceConfigText(ui_style, copyConfigText(strMerged));
     return SNS_SUCCESS;
 }

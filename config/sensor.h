@@ -5,6 +5,8 @@
 
 #include "common/SensorTypes.h"
 
+class MachineInfo;
+class TiXmlDocumentEx;
 class ModuleConfigure;
 
 // Copy of the host's module configuration for one channel.
@@ -46,6 +48,13 @@ UIFileInfo* newUIFileList(u32 p_nCount);   // zero-filled entries
 // the device's style files. The record must not own anything yet.
 int initSysConf(int p_nChannelID, const ModuleConfigure& p_objModuleConfigure,
                 SysConfig* p_stSysConf);
+// The same from a machine description the caller has read already
+// (p_bMachineInfoRead: whether that read succeeded), so that a start-up reads
+// the file once; the merged style's document is left in p_objMergedStyle for
+// the factory set, so that the style text need not be parsed again.
+int initSysConf(int p_nChannelID, const ModuleConfigure& p_objModuleConfigure,
+                const MachineInfo& p_objMachineInfo, bool p_bMachineInfoRead,
+                TiXmlDocumentEx& p_objMergedStyle, SysConfig* p_stSysConf);
 // Releases what the record owns and clears the released pointers, so a second
 // call releases nothing again.
 void uinitSysConf(SysConfig* p_stSysConf);
@@ -59,3 +68,6 @@ int getDetailFieldToStr(const char* p_szDetail, const char* p_szField, char* p_s
 // *ui_style (reallocated with newConfigText).
 int mergeStyle(int p_nChannelID, ModuleConfig* p_pModuleConfig, char** ui_style,
                char* ui_styleDiversity);
+// The same, merging in p_objMerged, which keeps the merged document.
+int mergeStyle(int p_nChannelID, ModuleConfig* p_pModuleConfig, char** ui_style,
+               char* ui_styleDiversity, TiXmlDocumentEx& p_objMerged);

@@ -13,6 +13,7 @@
 #include "common/SensorKeys.h"
 #include "config/SchemeSetFile.h"
 #include "config/SensorFile.h"
+#include "config/SensorXml.h"
 #include "controller/ISensorController.h"
 #include "platform/DeviceRoot.h"
 #include "platform/DeviceType.h"
@@ -102,7 +103,7 @@ std::string ISensorController::removeSchemeFilesCommand() const {
     return strCmd;
 }
 
-void ISensorController::allocateSchemeSets() {
+void ISensorController::allocateSchemeSets(TiXmlDocumentEx& p_objMergedStyle) {
     // The factory set fixes the keys and the order of every set and file. It
     // is computed at every init as the object's first init computed it: with
     // the show flags that init found (the end of init changes them for the
@@ -117,8 +118,8 @@ void ISensorController::allocateSchemeSets() {
     std::vector<KeyVal> vecFactory(nCapacity);
     m_nKeyValSum = 0;
     SNS_ASSERT_FOR("init",
-                   SNS_SUCCESS == getFctData(m_nCameraID, szStyle, vecFactory.data(), &m_nKeyValSum,
-                                             nCapacity, m_optFactoryFlags->bShowWDR,
+                   SNS_SUCCESS == getFctData(m_nCameraID, p_objMergedStyle, vecFactory.data(),
+                                             &m_nKeyValSum, nCapacity, m_optFactoryFlags->bShowWDR,
                                              m_optFactoryFlags->bShowLDC,
                                              m_optFactoryFlags->bShowBeaway),
                    "m_nKeyValSum(%d)\n", m_nKeyValSum);
@@ -132,6 +133,7 @@ void ISensorController::allocateSchemeSets() {
     }
     m_pFctKeyVal = m_ppUserKeyVal[m_stSysConf.nSchemeSum];
     std::copy(vecFactory.begin(), vecFactory.begin() + m_nKeyValSum, m_pFctKeyVal);
+    indexSchemeSets();
 }
 
 void ISensorController::checkVersionStamp() {
@@ -151,11 +153,9 @@ void ISensorController::checkVersionStamp() {
     sy_system(removeSchemeFilesCommand().c_str(), SY_SYSTEM_TIMEOUT);
 }
 
-void ISensorController::detectDeviceFlags() {
-    MachineInfo objMachineInfo;
-    SystemInfoParser::parseMachineInfo(MACHINE_INFO_FILE, objMachineInfo);
+void ISensorController::detectDeviceFlags(const MachineInfo& p_objMachineInfo) {
     DeviceType objDeviceType;
-    objDeviceType.setDeviceTypeId(objMachineInfo.getDeviceType());
+    objDeviceType.setDeviceTypeId(p_objMachineInfo.getDeviceType());
 
     const std::string strDetail = m_stSysConf.moduleConfig.szDetail;
     if (strDetail.find("(isInfrared=17)") != std::string::npos) {
@@ -259,14 +259,24 @@ void ISensorController::applyVideoStreamLimits(const MachineInfo& p_objMachineIn
 }
 
 bool ISensorController::init(const ModuleConfigure& p_objModuleConfigure) {
+    sensordiag::requestMarkerCheck();
     setState(m_bIniting);
     clearState(m_bInited);
-    SNS_ASSERT_TEXT(SNS_SUCCESS == initSysConf(m_nCameraID, p_objModuleConfigure, &m_stSysConf),
+    // The machine description is read once and serves every step below.
+    MachineInfo objMachineInfo;
+    const bool bMachineInfoRead =
+        SystemInfoParser::parseMachineInfo(MACHINE_INFO_FILE, objMachineInfo);
+    // The merged style's document becomes the factory set's dynamic style:
+    // the style is parsed once per start-up.
+    auto pMergedStyle = std::make_unique<TiXmlDocumentEx>();
+    SNS_ASSERT_TEXT(SNS_SUCCESS == initSysConf(m_nCameraID, p_objModuleConfigure, objMachineInfo,
+                                               bMachineInfoRead, *pMergedStyle, &m_stSysConf),
                     "SNS_SUCCESS == initSysConf(m_nCameraID,p_objModuleConfigure, &m_stSysConf)",
                     "");
-    allocateSchemeSets();
+    allocateSchemeSets(*pMergedStyle);
+    pMergedStyle.reset();
     checkVersionStamp();
-    detectDeviceFlags();
+    detectDeviceFlags(objMachineInfo);
     loadSchemeFiles();
     SNS_ASSERT(SNS_SUCCESS == setVersion(m_nVersion), "m_nVersion(%d)\n", m_nVersion);
     initKeyCmdMap();
@@ -280,8 +290,6 @@ bool ISensorController::init(const ModuleConfigure& p_objModuleConfigure) {
     m_bShowWDRFalg = true;
     m_bShowLDCFlag = false;
     setshowBeawayFalg(true);
-    MachineInfo objMachineInfo;
-    SystemInfoParser::parseMachineInfo(MACHINE_INFO_FILE, objMachineInfo);
     applyVideoStreamLimits(objMachineInfo);
 
     setState(m_bInited);
@@ -293,13 +301,16 @@ bool ISensorController::init(const ModuleConfigure& p_objModuleConfigure) {
 void ISensorController::releaseBuffers() {
     m_pstKeyValTmp.reset();
     m_pKeyCmdMap.reset();
+    m_objKeyCmdIndex.clear();
     m_ppUserKeyVal.reset();
     m_pUserKeyValBlock.reset();
     m_pLprKeyVal.reset();
     m_pFctKeyVal = nullptr;
+    m_objSetIndex.clear();
 }
 
 void ISensorController::uinit() {
+    sensordiag::requestMarkerCheck();
     if (!hasState(m_bInited)) {
         return;
     }
@@ -316,6 +327,7 @@ void ISensorController::uinit() {
 }
 
 std::string ISensorController::getUIStyleFile() {
+    sensordiag::requestMarkerCheck();
     if (m_pVideoStreamModule != nullptr) {
         for (int i = 0; i < STYLE_BUSY_POLLS && m_pVideoStreamModule->isBusy(); ++i) {
             TavrinTime(0, STYLE_BUSY_WAIT_USEC).wait();

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "common/SensorDebug.h"
 #include "controller/ISensorController.h"
 #include "platform/VXFile.h"
 
@@ -30,6 +31,7 @@ void readEntry(const std::string& p_strLine, const std::string& p_strNeedle, int
 } // namespace
 
 int ISensorController::sync_fov() {
+    sensordiag::requestMarkerCheck();
     VXFile objFile;
     std::vector<std::string> vecLines;
     if (objFile.open(FOV_CALIBRATION_FILE, VXFile::modeRead)) {

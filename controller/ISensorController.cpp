@@ -60,6 +60,7 @@ ISensorController::~ISensorController() {
 }
 
 void ISensorController::setChannelID(int p_nChannelID) {
+    sensordiag::requestMarkerCheck();
     const int nType = m_objMachineInfo.getDeviceType();
     m_nCameraID = (nType == DEVICE_TYPE_THERMAL_ONLY_CHANNEL) ? 2 : p_nChannelID;
     if (m_nCameraID == 2 && isThermalDeviceType(nType)) {
@@ -68,6 +69,7 @@ void ISensorController::setChannelID(int p_nChannelID) {
 }
 
 int ISensorController::paramCheck() {
+    sensordiag::requestMarkerCheck();
     // Without a current set there is no window to judge; refuse rather than read
     // a row that does not exist.
     if (!m_ppUserKeyVal || m_nCurScheme < 0 ||
@@ -87,10 +89,12 @@ int ISensorController::paramCheck() {
 }
 
 int ISensorController::getSensorType() {
+    sensordiag::requestMarkerCheck();
     return m_stSysConf.moduleConfig.nModuleId;
 }
 
 int ISensorController::getSensorStatus() {
+    sensordiag::requestMarkerCheck();
     return hasState(m_bInited) ? 1 : 0;
 }
 
@@ -116,12 +120,14 @@ std::string textOrEmpty(const char* p_szText) {
 } // namespace
 
 std::string ISensorController::getUICommonFile(int p_nId) {
+    sensordiag::requestMarkerCheck();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     const UIFileInfo* pEntry = findUIFile(m_stSysConf, p_nId);
     return pEntry ? textOrEmpty(pEntry->szCommon) : std::string();
 }
 
 std::string ISensorController::getUILanguageFile(int p_nId) {
+    sensordiag::requestMarkerCheck();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     const UIFileInfo* pEntry = findUIFile(m_stSysConf, p_nId);
     return pEntry ? textOrEmpty(pEntry->szLanguage) : std::string();

@@ -13,12 +13,14 @@
 #include "common/SensorTypes.h"
 #include "common/keycmd.h"
 #include "config/sensor.h"
+#include "controller/KeyIndex.h"
 #include "platform/MachineInfo.h"
 #include "platform/ModuleConfigure.h"
 #include "platform/SensorZoomFocusParam.h"
 #include "platform/VXMutex.h"
 
 class GThread;
+class TiXmlDocumentEx;
 class VideoStreamModule;
 
 class ISensorController {
@@ -243,14 +245,18 @@ private:
     bool isIntelligentLight();
     // The row of a scheme set, or null when the sets or the row do not exist.
     KeyVal* schemeRow(u32 p_nScheme) const;
+    // The row of p_nKey in a key-command table, or -1.
+    int keyCmdRowOf(const keycmd* p_pKeyCmdMap, u32 p_nKey) const;
+    // Indexes the scheme sets' keys once their rows are filled (init).
+    void indexSchemeSets();
     // The lookup on the owned table.
     int findFromKeyCmdMap(const std::unique_ptr<keycmd[]>& p_pKeyCmdMap, unsigned int p_nKey,
                           keycmd& p_stKeyCmd);
 
     // Start-up steps and scheme helpers (channel life cycle, schemes, resets).
-    void allocateSchemeSets();
+    void allocateSchemeSets(TiXmlDocumentEx& p_objMergedStyle);
     void checkVersionStamp();
-    void detectDeviceFlags();
+    void detectDeviceFlags(const MachineInfo& p_objMachineInfo);
     void loadSchemeFiles();
     void createSchemeFile(u32 p_nScheme, const std::string& p_strFile);
     void applyVideoStreamLimits(const MachineInfo& p_objMachineInfo);
@@ -289,6 +295,8 @@ private:
     u32 m_nKeyValSum;
     std::unique_ptr<KeyVal[]> m_pLprKeyVal;
     std::unique_ptr<keycmd[]> m_pKeyCmdMap;
+    KeyIndex m_objKeyCmdIndex;    // rows of m_pKeyCmdMap by key
+    SchemeSetIndex m_objSetIndex; // records of the scheme sets by key
     u32 m_nVersion;
     const VideoStreamModule* m_pVideoStreamModule;
     MachineInfo m_objMachineInfo;

@@ -22,19 +22,37 @@ bool isLensCommand(u32 p_nKey) {
 
 } // namespace
 
+int ISensorController::keyCmdRowOf(const keycmd* p_pKeyCmdMap, u32 p_nKey) const {
+    // The owned table through its index (built with it at init); any other
+    // table a caller hands in is scanned.
+    if (p_pKeyCmdMap == m_pKeyCmdMap.get() && !m_objKeyCmdIndex.empty()) {
+        const int nRow = m_objKeyCmdIndex.find(p_nKey);
+        // A row that no longer holds its key (the table changed) is looked for.
+        if (nRow < 0 ||
+            (static_cast<u32>(nRow) < m_nKeyCmdSum && p_pKeyCmdMap[nRow].key == p_nKey)) {
+            return nRow;
+        }
+    }
+    for (u32 i = 0; i < m_nKeyCmdSum; ++i) {
+        if (p_pKeyCmdMap[i].key == p_nKey) {
+            return static_cast<int>(i);
+        }
+    }
+    return -1;
+}
+
 int ISensorController::findFromKeyCmdMap(const keycmd* p_pKeyCmdMap, unsigned int p_nKey,
                                          keycmd& p_stKeyCmd) {
     // Before start-up and after release there is no table: every key is unknown.
-    for (u32 i = 0; p_pKeyCmdMap != nullptr && i < m_nKeyCmdSum; ++i) {
-        const keycmd& stRow = p_pKeyCmdMap[i];
-        if (stRow.key == p_nKey) {
-            p_stKeyCmd.key = p_nKey;
-            p_stKeyCmd.ia_cmd = stRow.ia_cmd;
-            p_stKeyCmd.func = stRow.func;
-            std::memcpy(p_stKeyCmd.key_name, stRow.key_name, sizeof p_stKeyCmd.key_name);
-            std::memcpy(p_stKeyCmd.func_name, stRow.func_name, sizeof p_stKeyCmd.func_name);
-            return static_cast<int>(i);
-        }
+    const int nRow = p_pKeyCmdMap == nullptr ? -1 : keyCmdRowOf(p_pKeyCmdMap, p_nKey);
+    if (nRow >= 0) {
+        const keycmd& stRow = p_pKeyCmdMap[nRow];
+        p_stKeyCmd.key = p_nKey;
+        p_stKeyCmd.ia_cmd = stRow.ia_cmd;
+        p_stKeyCmd.func = stRow.func;
+        std::memcpy(p_stKeyCmd.key_name, stRow.key_name, sizeof p_stKeyCmd.key_name);
+        std::memcpy(p_stKeyCmd.func_name, stRow.func_name, sizeof p_stKeyCmd.func_name);
+        return nRow;
     }
     SNS_PRINT(5, sensordiag::COLOUR_DEFAULT, "cand not find key-cmd while key=%d\n",
               static_cast<int>(p_nKey));

@@ -264,4 +264,5 @@ void ISensorController::initKeyCmdMap() {
         fillRow(m_pKeyCmdMap[i], KEY_CMD_ROWS[i]);
     }
     m_nKeyCmdSum = static_cast<u32>(KEY_CMD_ROWS.size());
+    m_objKeyCmdIndex.build(m_nKeyCmdSum, [this](u32 i) { return m_pKeyCmdMap[i].key; });
 }

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstring>
 
+#include "common/SensorDebug.h"
 #include "common/SensorKeys.h"
 #include "common/ia_ioctrl.h"
 #include "controller/ISensorController.h"
@@ -59,10 +60,12 @@ bool stepFocus(ISensorController& p_objController, u32 p_nCmd) {
 } // namespace
 
 bool ISensorController::focusFar() {
+    sensordiag::requestMarkerCheck();
     return !m_bHasLens || stepFocus(*this, IA_CMD_FOCUS_FAR);
 }
 
 bool ISensorController::focusNear() {
+    sensordiag::requestMarkerCheck();
     return !m_bHasLens || stepFocus(*this, IA_CMD_FOCUS_NEAR);
 }
 
@@ -80,28 +83,34 @@ bool sendIrisMove(ISensorController& p_objController, u32 p_nCmd, int p_nValue) 
 } // namespace
 
 bool ISensorController::irisUp() {
+    sensordiag::requestMarkerCheck();
     return sendIrisMove(*this, IA_CMD_IRIS_UP, 1);
 }
 
 bool ISensorController::irisDown() {
+    sensordiag::requestMarkerCheck();
     return sendIrisMove(*this, IA_CMD_IRIS_DOWN, 1);
 }
 
 bool ISensorController::zoomIn() {
+    sensordiag::requestMarkerCheck();
     int nValue = 1;
     return doIaCmd(IA_CMD_ZOOM_IN, IA_CMD_OPT_SET, &nValue) == SNS_SUCCESS;
 }
 
 bool ISensorController::zoomOut() {
+    sensordiag::requestMarkerCheck();
     int nValue = 1;
     return doIaCmd(IA_CMD_ZOOM_OUT, IA_CMD_OPT_SET, &nValue) == SNS_SUCCESS;
 }
 
 bool ISensorController::setZoomValue(int p_nValue) {
+    sensordiag::requestMarkerCheck();
     return !m_bHasLens || doIaCmd(IA_CMD_ZOOM_POSITION, IA_CMD_OPT_SET, &p_nValue) == SNS_SUCCESS;
 }
 
 bool ISensorController::getZoomValue(int& p_nPos, int& p_nRatio) {
+    sensordiag::requestMarkerCheck();
     if (!m_bHasLens) {
         p_nPos = 0;
         return true;
@@ -128,14 +137,17 @@ bool ISensorController::getZoomValue(int& p_nPos, int& p_nRatio) {
 }
 
 bool ISensorController::setPTZRunState(int p_nState) {
+    sensordiag::requestMarkerCheck();
     return !m_bHasLens || doIaCmd(IA_CMD_PTZ_RUN_STATE, IA_CMD_OPT_SET, &p_nState) == SNS_SUCCESS;
 }
 
 bool ISensorController::setFocusValue(int p_nValue) {
+    sensordiag::requestMarkerCheck();
     return !m_bHasLens || doIaCmd(IA_CMD_FOCUS_POSITION, IA_CMD_OPT_SET, &p_nValue) == SNS_SUCCESS;
 }
 
 bool ISensorController::getFocusValue(int& p_nValue) {
+    sensordiag::requestMarkerCheck();
     if (!m_bHasLens) {
         p_nValue = 0;
         return true;
@@ -144,22 +156,27 @@ bool ISensorController::getFocusValue(int& p_nValue) {
 }
 
 bool ISensorController::setFocusMode(int p_nMode) {
+    sensordiag::requestMarkerCheck();
     return doIaCmd(IA_CMD_FOCUS_MODE, IA_CMD_OPT_SET, &p_nMode) == SNS_SUCCESS;
 }
 
 bool ISensorController::getFocusMode(int& p_nMode) {
+    sensordiag::requestMarkerCheck();
     return doIaCmd(IA_CMD_FOCUS_MODE, IA_CMD_OPT_GET, &p_nMode) == SNS_SUCCESS;
 }
 
 bool ISensorController::getAFStatistic(unsigned int& p_nValue) {
+    sensordiag::requestMarkerCheck();
     return doIaCmd(IA_CMD_AF_STATISTIC, IA_CMD_OPT_GET, &p_nValue) == SNS_SUCCESS;
 }
 
 bool ISensorController::getCmdExecStatus(int p_nCmd, int& p_nStatus) {
+    sensordiag::requestMarkerCheck();
     return doIaCmd(static_cast<u32>(p_nCmd), IA_CMD_OPT_EXEC_STATUS, &p_nStatus) == SNS_SUCCESS;
 }
 
 bool ISensorController::getCameraVerInf(std::string& p_strVersion) {
+    sensordiag::requestMarkerCheck();
     std::array<char, CAMERA_VERSION_LEN> szVersion{};
     if (doIaCmd(IA_CMD_CAMERA_VERSION, IA_CMD_OPT_GET, szVersion.data()) != SNS_SUCCESS) {
         return false;
@@ -169,6 +186,7 @@ bool ISensorController::getCameraVerInf(std::string& p_strVersion) {
 }
 
 bool ISensorController::setIrisValue(int p_nValue) {
+    sensordiag::requestMarkerCheck();
     if (p_nValue < IRIS_MIN) {
         p_nValue = IRIS_MIN;
     } else if (p_nValue > IRIS_MAX) {
@@ -178,6 +196,7 @@ bool ISensorController::setIrisValue(int p_nValue) {
 }
 
 bool ISensorController::getIrisValue(int& p_nValue) {
+    sensordiag::requestMarkerCheck();
     return doIaCmd(IA_CMD_IRIS_POSITION, IA_CMD_OPT_GET, &p_nValue) == SNS_SUCCESS;
 }
 
@@ -212,6 +231,7 @@ int indexOf(const std::vector<int>& p_vecList, int p_nValue) {
 } // namespace
 
 bool ISensorController::getShutterValue(int& p_nIndex) {
+    sensordiag::requestMarkerCheck();
     const std::vector<int> vecList = shutterList(*this);
     int nCur = 0;
     if (doIaCmd(IA_CMD_MAX_SHUTTER, IA_CMD_OPT_GET, &nCur) != SNS_SUCCESS) {
@@ -226,6 +246,7 @@ bool ISensorController::getShutterValue(int& p_nIndex) {
 }
 
 bool ISensorController::setShutterValue(int p_nIndex) {
+    sensordiag::requestMarkerCheck();
     const std::vector<int> vecList = shutterList(*this);
     if (p_nIndex < 0 || static_cast<size_t>(p_nIndex) >= vecList.size()) {
         return false;
@@ -258,19 +279,23 @@ bool stepShutter(ISensorController& p_objController, int p_nStep) {
 } // namespace
 
 bool ISensorController::shutterUp() {
+    sensordiag::requestMarkerCheck();
     return stepShutter(*this, 1);
 }
 
 bool ISensorController::shutterDown() {
+    sensordiag::requestMarkerCheck();
     return stepShutter(*this, -1);
 }
 
 int ISensorController::getSensorZoomFocusParam(SensorZoomFocusParam& p_objParam) {
+    sensordiag::requestMarkerCheck();
     p_objParam = m_objZoomFocusParam;
     return 0;
 }
 
 int ISensorController::setSensorZoomFocusParam(SensorZoomFocusParam& p_objParam) {
+    sensordiag::requestMarkerCheck();
     m_objZoomFocusParam = p_objParam;
     return 0;
 }

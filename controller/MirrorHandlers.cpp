@@ -62,19 +62,23 @@ int ISensorController::doBeaway(u32 p_nKey, u32 p_nDir, void* p_pVal) {
 }
 
 void ISensorController::setShowWDRFalg(bool p_bShow) {
+    sensordiag::requestMarkerCheck();
     m_bShowWDRFalg = p_bShow;
 }
 
 bool ISensorController::getShowWDRFalg(bool& p_bShow) {
+    sensordiag::requestMarkerCheck();
     p_bShow = m_bShowWDRFalg;
     return true;
 }
 
 void ISensorController::setShowBeawayFalg(bool p_bShow) {
+    sensordiag::requestMarkerCheck();
     setshowBeawayFalg(p_bShow);
 }
 
 bool ISensorController::getShowBeawayFalg(bool& p_bShow) {
+    sensordiag::requestMarkerCheck();
     p_bShow = getshowBeawayFalg();
     return true;
 }

@@ -22,6 +22,7 @@ constexpr int SY_SYSTEM_TIMEOUT = 30;
 } // namespace
 
 int ISensorController::flush() {
+    sensordiag::requestMarkerCheck();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     if (!m_ppUserKeyVal || m_nCurScheme < 0 ||
         static_cast<u32>(m_nCurScheme) >= m_stSysConf.nSchemeSum) {
@@ -36,6 +37,7 @@ int ISensorController::flush() {
 }
 
 int ISensorController::restore(int p_nKey) {
+    sensordiag::requestMarkerCheck();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     int nPos = -1;
     KeyVal* pRow = (m_ppUserKeyVal && m_nCurScheme >= 0) ? m_ppUserKeyVal[m_nCurScheme] : nullptr;
@@ -60,6 +62,7 @@ int ISensorController::restore(int p_nKey) {
 }
 
 bool ISensorController::restoreAeMode() {
+    sensordiag::requestMarkerCheck();
     if (m_bHasLens && restore(KEY_AUTO_FOCUS_MODE) != SNS_SUCCESS) {
         return false;
     }
@@ -70,6 +73,7 @@ bool ISensorController::restoreAeMode() {
 }
 
 bool ISensorController::resetToLastParameters() {
+    sensordiag::requestMarkerCheck();
     if (!m_ppUserKeyVal || m_nCurScheme < 0 ||
         static_cast<u32>(m_nCurScheme) >= m_stSysConf.nSchemeSum) {
         return true;
@@ -90,7 +94,7 @@ bool ISensorController::resetToLastParameters() {
 
 ModuleConfigure ISensorController::moduleConfigureForReset() const {
     ModuleConfigure objModuleConfigure;
-    if (g_nDebugLevel > 5) {
+    if (sensordiag::debugLevel() > 5) {
         MachineInfo objMachineInfo;
         SystemInfoParser::parseMachineInfo(MACHINE_INFO_FILE, objMachineInfo);
         std::vector<ModuleConfigure> vecModules;
@@ -108,6 +112,7 @@ ModuleConfigure ISensorController::moduleConfigureForReset() const {
 }
 
 bool ISensorController::resetParameters() {
+    sensordiag::requestMarkerCheck();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     setState(m_bResetting);
     if (m_ppUserKeyVal) {

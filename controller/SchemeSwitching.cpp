@@ -36,6 +36,7 @@ bool ISensorController::waitWhileBusy() {
 }
 
 int ISensorController::switch_to(int p_nScheme, bool p_bForce) {
+    sensordiag::requestMarkerCheck();
     setState(m_bSwitching);
     m_nLastScheme = m_nCurScheme;
     m_nCurScheme = p_nScheme;
@@ -52,6 +53,7 @@ int ISensorController::switch_to(int p_nScheme, bool p_bForce) {
 }
 
 int ISensorController::LPR_switch_to(int p_nScheme) {
+    sensordiag::requestMarkerCheck();
     setState(m_bSwitching);
     m_nLastScheme = m_nCurScheme;
     m_nCurScheme = p_nScheme;
@@ -69,6 +71,7 @@ int ISensorController::LPR_switch_to(int p_nScheme) {
 }
 
 bool ISensorController::setParamScheme(int p_nScheme) {
+    sensordiag::requestMarkerCheck();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     SNS_ASSERT(p_nScheme >= 0 && (u32)p_nScheme <= m_stSysConf.nSchemeSum, "p_nScheme(%d)\n",
                p_nScheme);
@@ -82,12 +85,14 @@ bool ISensorController::setParamScheme(int p_nScheme) {
 }
 
 bool ISensorController::getParamScheme(int& p_nScheme) {
+    sensordiag::requestMarkerCheck();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     p_nScheme = m_nCurScheme;
     return true;
 }
 
 bool ISensorController::setParamMode(int p_nMode) {
+    sensordiag::requestMarkerCheck();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     SNS_ASSERT(0 == p_nMode || 1 == p_nMode, "p_nMode(%d)\n", p_nMode);
     waitWhileBusy();
@@ -96,6 +101,7 @@ bool ISensorController::setParamMode(int p_nMode) {
 }
 
 bool ISensorController::getParamMode(int& p_nMode) {
+    sensordiag::requestMarkerCheck();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     p_nMode = m_nParamMode;
     return true;
@@ -110,6 +116,7 @@ int ISensorController::getParamSchemeTime(int p_nKey) {
 }
 
 int ISensorController::judgeCurScheme(int& nScheme, int& nSchedule) {
+    sensordiag::requestMarkerCheck();
     const VXTime stNow = VXDeviceTime::getCurrentTime();
     const u32 nNow = static_cast<u32>(stNow.hour * 100 + stNow.minute);
     nSchedule = 0;

@@ -169,6 +169,15 @@ KeyVal* ISensorController::schemeRow(u32 p_nScheme) const {
     return m_ppUserKeyVal[p_nScheme];
 }
 
+void ISensorController::indexSchemeSets() {
+    if (!m_ppUserKeyVal) {
+        m_objSetIndex.clear();
+        return;
+    }
+    m_objSetIndex.build(m_ppUserKeyVal.get(), m_stSysConf.nSchemeSum + 1, m_nKeyValSum,
+                        m_stSysConf.nSchemeSum);
+}
+
 int ISensorController::setKeyValToCache(u32 p_nScheme, u32 p_nKey, u32 p_nValue, bool p_bForce) {
     if (!p_bForce && p_nScheme >= m_stSysConf.nSchemeSum) {
         return SNS_ERR_SCHEME_RANGE;
@@ -178,13 +187,12 @@ int ISensorController::setKeyValToCache(u32 p_nScheme, u32 p_nKey, u32 p_nValue,
     if (pRow == nullptr) {
         return SNS_ERR_SCHEME_RANGE;
     }
-    for (u32 i = 0; i < m_nKeyValSum; ++i) {
-        if (pRow[i].key == p_nKey) {
-            pRow[i].value = p_nValue;
-            return static_cast<int>(i);
-        }
+    const int nPos = m_objSetIndex.find(p_nScheme, pRow, m_nKeyValSum, p_nKey);
+    if (nPos < 0) {
+        return SNS_FAILED;
     }
-    return SNS_FAILED;
+    pRow[nPos].value = p_nValue;
+    return nPos;
 }
 
 int ISensorController::getKeyValFromCache(u32 p_nScheme, u32 p_nKey, u32& p_nValue) {
@@ -194,13 +202,12 @@ int ISensorController::getKeyValFromCache(u32 p_nScheme, u32 p_nKey, u32& p_nVal
         return SNS_FAILED;
     }
     const KeyVal* pRow = schemeRow(p_nScheme);
-    for (u32 i = 0; pRow != nullptr && i < m_nKeyValSum; ++i) {
-        if (pRow[i].key == p_nKey) {
-            p_nValue = pRow[i].value;
-            return static_cast<int>(i);
-        }
+    const int nPos = m_objSetIndex.find(p_nScheme, pRow, m_nKeyValSum, p_nKey);
+    if (nPos < 0) {
+        return SNS_FAILED;
     }
-    return SNS_FAILED;
+    p_nValue = pRow[nPos].value;
+    return nPos;
 }
 
 bool ISensorController::isKeyValSame(const KeyVal& p_stKeyVal) {
@@ -253,6 +260,7 @@ int ISensorController::applySet(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p_bCac
 // A refused record ends the list; the records before it stay applied.
 int ISensorController::setParameters(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p_bCache) {
     m_nListStop = 0;
+    sensordiag::requestMarkerCheck();
     if (p_pKeyval == nullptr && p_nKeyValSum != 0) {
         return SNS_FAILED;
     }
@@ -454,6 +462,7 @@ ISensorController::RecordRoute ISensorController::routeLightTypeTwin(const KeyVa
 }
 
 int ISensorController::setParameter(int p_nKey, int p_nVal, bool p_bCache) {
+    sensordiag::requestMarkerCheck();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     SNS_DBG("p_Parameters22222222222(%d, %d)\n", p_nKey, p_nVal);
     KeyVal stKeyVal{static_cast<u32>(p_nKey), static_cast<u32>(p_nVal)};
@@ -461,6 +470,7 @@ int ISensorController::setParameter(int p_nKey, int p_nVal, bool p_bCache) {
 }
 
 bool ISensorController::getParameter(int p_nKey, int& p_nVal) {
+    sensordiag::requestMarkerCheck();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     SNS_DBG("p_nKey(%d)\n", p_nKey);
     u32 nCached = 0;

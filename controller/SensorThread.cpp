@@ -101,6 +101,8 @@ int ISensorController::sensorThread() {
     if (!hasState(m_bResetting)) {
         TavrinTime(1, 0).wait();
     }
+    // A pass is one check of the marker file, like a host call.
+    sensordiag::requestMarkerCheck();
     if (m_nChanneldDosomething == m_nCameraID) {
         if (m_nPassKeycmd == static_cast<int>(KEY_MIXSTREAM_THERMAL_TO_VISION_SYNC_FOV)) {
             sync_fov();
@@ -120,6 +122,7 @@ int ISensorController::sensorThread() {
 }
 
 int ISensorController::SensorCheck(std::string& p_str) {
+    sensordiag::requestMarkerCheck();
     std::vector<std::string> vecIds;
     // Fewer than three fields are refused like a malformed request: the record
     // needs all three.

@@ -45,6 +45,7 @@ bool isListedDynamic(const ia_dynamic_cmd_list_st& p_stList, int p_nCmd) {
 
 bool ISensorController::parseSensorParameter(const std::string& p_strText,
                                              std::vector<std::string>& vecIds) {
+    sensordiag::requestMarkerCheck();
     const size_t nClose = p_strText.find(')');
     if (p_strText.empty() || p_strText.find('(') != 0 || nClose == std::string::npos ||
         nClose != p_strText.size() - 1 || nClose <= 1) {
@@ -55,6 +56,7 @@ bool ISensorController::parseSensorParameter(const std::string& p_strText,
 }
 
 int ISensorController::setParameters(const std::string& p_strParameters, bool p_bCache) {
+    sensordiag::requestMarkerCheck();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     SNS_DBG("p_Parameters1111111111(%s)\n", p_strParameters.c_str());
     if (!m_pstKeyValTmp) {
@@ -73,6 +75,7 @@ int ISensorController::setParameters(const std::string& p_strParameters, bool p_
 }
 
 int ISensorController::getParameters(const std::string& p_strIds, std::string& p_strOut) {
+    sensordiag::requestMarkerCheck();
     std::vector<std::string> vecIds;
     if (!parseSensorParameter(p_strIds, vecIds)) {
         std::printf("%s%d getParameters fail p_strIds = %s \n", SNS_SOURCE_UNIT, __LINE__,
@@ -94,6 +97,7 @@ int ISensorController::getParameters(const std::string& p_strIds, std::string& p
 }
 
 bool ISensorController::getAllParameters(std::string& p_strOut) {
+    sensordiag::requestMarkerCheck();
     VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
     if (!m_ppUserKeyVal || m_nCurScheme < 0) {
         return true;
@@ -127,6 +131,7 @@ bool ISensorController::getAllParameters(std::string& p_strOut) {
 }
 
 bool ISensorController::getSensorParamRange(int p_nCmd, int& p_nDefault, std::string& p_strRange) {
+    sensordiag::requestMarkerCheck();
     ia_dynamic_cmd_list_st dnaCmdList{};
     const int nListRet =
         ia_ioctrl_v2(m_nCameraID - 1, IA_CMD_DYNAMIC_PARAMS_CMDS_GET, IA_CMD_OPT_GET, &dnaCmdList);

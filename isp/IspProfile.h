@@ -56,8 +56,9 @@
 
 namespace isp {
 
-// Number of ISP channels the simulator serves (0-based).
-constexpr int kChannelCount = 4;
+// Number of ISP channels the simulator serves (0-based): as many as the
+// largest recorder-style camera brings up in one process.
+constexpr int kChannelCount = 8;
 
 // Data size of a record command, or 0 for a command that moves one 32-bit value.
 std::size_t recordSize(uint32_t p_nCmd);

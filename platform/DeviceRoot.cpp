@@ -1,5 +1,6 @@
 #include "platform/DeviceRoot.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <mutex>
 
@@ -7,6 +8,7 @@ namespace {
 
 std::mutex g_rootMutex;
 std::string g_strProgramRoot;
+std::atomic<unsigned> g_nGeneration{0};
 
 // "/a/b/" and "/a/b" name the same root; keep one form so joins stay clean.
 std::string withoutTrailingSlash(std::string dir) {
@@ -21,6 +23,11 @@ std::string withoutTrailingSlash(std::string dir) {
 void DeviceRoot::set(const std::string& dir) {
     std::lock_guard<std::mutex> guard(g_rootMutex);
     g_strProgramRoot = withoutTrailingSlash(dir);
+    g_nGeneration.fetch_add(1, std::memory_order_acq_rel);
+}
+
+unsigned DeviceRoot::generation() {
+    return g_nGeneration.load(std::memory_order_acquire);
 }
 
 std::string DeviceRoot::getProgramRoot() {

@@ -14,6 +14,9 @@ public:
     // The root set by the program only ("" when none), so that a caller can
     // put back what was there before it changed the root.
     static std::string getProgramRoot();
+    // Counts the calls of set, so that a reader that keeps something read
+    // under the root (a marker's contents) knows cheaply when to read again.
+    static unsigned generation();
     // root + devicePath, or devicePath as is when no root is in force.
     static std::string resolve(const std::string& devicePath);
 };

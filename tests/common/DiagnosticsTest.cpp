@@ -50,6 +50,7 @@ class DiagnosticsTest : public ::testing::Test {
 protected:
     void setMarker(const std::string& p_strContent) {
         m_objRoot.writeFile("/tmp/Debug.sign", p_strContent);
+        sensordiag::requestMarkerCheck(); // the diagnostics below stand for a host call
     }
     std::string errorLog() const {
         return m_objRoot.exists(kLogPath) ? masked(m_objRoot.readFile(kLogPath)) : std::string();

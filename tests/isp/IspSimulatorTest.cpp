@@ -356,7 +356,7 @@ TEST_F(IspTest, OverridesReportCountsAsSetButStayInsideTheRecords) {
     EXPECT_EQ(stAttr.items_cnt, 65);
     EXPECT_EQ(stAttr.item[1], 5);
     range(0, 34, IspSimulator::ERR_NOT_DYNAMIC); // only channel 1 got it
-    EXPECT_FALSE(sim().setDynamicCommands(4, {}));
+    EXPECT_FALSE(sim().setDynamicCommands(isp::kChannelCount, {}));
     EXPECT_FALSE(sim().setAttribute(-3, 34, stHuge));
 }
 
@@ -395,7 +395,7 @@ TEST_F(IspTest, BrokenProfilesAreRefusedAndChangeNothing) {
         {manyDynamics(17, false), "more than 16"},
         {manyDynamics(65, true), "more than 64"},
         {wrap("<DayNight dayThreshold=\"30\" nightThreshold=\"30\"/>"), "must be above"},
-        {wrap("<Channel index=\"4\"/>"), "not a number in 0..3"},
+        {wrap("<Channel index=\"8\"/>"), "not a number in 0..7"},
         {wrap("<Channel index=\"1\"><Channel index=\"2\"/></Channel>"), "unknown element"},
     };
     ASSERT_EQ(set(0, 34, 77), 0);

@@ -63,6 +63,7 @@ public:
         c.m_pstKeyValTmp = std::make_unique<KeyVal[]>(nSum);
         c.m_pLprKeyVal = std::make_unique<KeyVal[]>(nSum);
         c.m_nCurScheme = p_nCurScheme;
+        c.indexSchemeSets();
         return true;
     }
 

@@ -1,0 +1,81 @@
+// When the marker file "/tmp/Debug.sign" is read: once per host call and per
+// sensor-thread pass, at the first diagnostic after it began; a change
+// written while the module runs is obeyed from the next call or pass on,
+// never by diagnostics of a call already under way.
+#include "ControllerFixture.h"
+
+#include <memory>
+
+#include "common/SensorDebug.h"
+#include "platform/VXClock.h"
+
+namespace sensortest {
+namespace {
+
+class MarkerCheckTest : public ControllerTest {
+protected:
+    MarkerCheckTest() { installClock(std::make_shared<VirtualClock>()); }
+    ~MarkerCheckTest() override { installClock(nullptr); }
+    void writeMarker(int p_nLevel) {
+        m_objRoot.writeFile("/tmp/Debug.sign", std::to_string(p_nLevel) + "\n0\n");
+    }
+    // What one host call (a write of brightness) prints.
+    std::string printedBySet(u32 p_nValue) {
+        CaptureStdout();
+        apply({{34, p_nValue}}, false);
+        return GetCapturedStdout();
+    }
+};
+
+TEST_F(MarkerCheckTest, ChangeIsObeyedFromTheNextHostCallOrPass) {
+    struct Case {
+        const char* what;
+        std::function<void(ISensorController&)> begin; // a host call or a pass
+    };
+    const Case aCases[] = {
+        {"setParameters",
+         [](ISensorController& c) {
+             KeyVal stRecord{34, 44};
+             c.setParameters(&stRecord, 1, false);
+         }},
+        {"getParameter",
+         [](ISensorController& c) {
+             int nValue = 0;
+             c.getParameter(34, nValue);
+         }},
+        {"getParamMode",
+         [](ISensorController& c) {
+             int nMode = 0;
+             c.getParamMode(nMode);
+         }},
+        {"sensor-thread pass", [](ISensorController& c) { c.sensorThread(); }},
+    };
+    for (const Case& stCase : aCases) {
+        SCOPED_TRACE(stCase.what);
+        reset();
+        installAlike(makeSet("34=50"));
+        for (const int nLevel : {6, 1}) {
+            sensordiag::debugLevel(); // a check already due is made before the change
+            writeMarker(nLevel);
+            EXPECT_NE(sensordiag::debugLevel(), nLevel) << "read before any call began";
+            stCase.begin(ctl());
+            EXPECT_EQ(sensordiag::debugLevel(), nLevel);
+        }
+    }
+}
+
+TEST_F(MarkerCheckTest, TracesOfTheCallAfterTheChangeFollowIt) {
+    installAlike(makeSet("34=50"));
+    writeMarker(6);
+    EXPECT_TRUE(contains(printedBySet(41), "set KEY_BRIGHTNESS (34,41)"));
+    writeMarker(1);
+    EXPECT_FALSE(contains(printedBySet(42), "KEY_BRIGHTNESS"));
+    // A marker removed counts as level 1, like one never written.
+    writeMarker(6);
+    EXPECT_TRUE(contains(printedBySet(43), "KEY_BRIGHTNESS"));
+    std::remove(m_objRoot.hostPath("/tmp/Debug.sign").c_str());
+    EXPECT_FALSE(contains(printedBySet(44), "KEY_BRIGHTNESS"));
+}
+
+} // namespace
+} // namespace sensortest
