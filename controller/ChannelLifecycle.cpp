@@ -16,7 +16,7 @@
 #include "platform/GThread.h"
 #include "platform/SystemInfoParser.h"
 #include "platform/TavrinTime.h"
-#include "platform/VXMutexManager.h"
+#include "platform/VXFile.h"
 #include "platform/VideoStreamModule.h"
 #include "platform/sy_system.h"
 
@@ -137,20 +137,37 @@ void ISensorController::detectDeviceFlags() {
     }
 }
 
+void ISensorController::removeFlushLeftovers() {
+    // A power cut during a write leaves the writer's temporary file beside the
+    // target; repeated cuts would fill a small flash. Only files of this
+    // channel and the stamp are looked at, and a temporary another writer
+    // still holds is kept.
+    for (u32 i = 0; i < m_stSysConf.nSchemeSum; ++i) {
+        VXFile::removeLeftovers(schemeFileName(static_cast<int>(i)).c_str());
+    }
+    VXFile::removeLeftovers(SENSOR_VERSION_FILE);
+}
+
 void ISensorController::createSchemeFile(u32 p_nScheme, const std::string& p_strFile) {
-    const char* szFile = p_strFile.c_str();
+    const KeyVal* pSet = m_pFctKeyVal;
     if (m_bLprMode && p_nScheme == 1) {
         std::copy(m_pFctKeyVal, m_pFctKeyVal + m_nKeyValSum, m_pLprKeyVal.get());
         for (const KeyVal& stDefault : LPR_NIGHT_DEFAULTS) {
             setFirst(m_pLprKeyVal.get(), m_nKeyValSum, stDefault.key, stDefault.value);
         }
-        keyValToFile(szFile, m_pLprKeyVal.get(), m_nKeyValSum);
-        return;
-    }
-    if (!m_bLprMode && p_nScheme == 0) {
+        pSet = m_pLprKeyVal.get();
+    } else if (!m_bLprMode && p_nScheme == 0) {
         setKeyValToCache(m_stSysConf.nSchemeSum, KEY_SCHEME_MODE, 0, true);
     }
-    keyValToFile(szFile, m_pFctKeyVal, m_nKeyValSum);
+    // The row starts as the set the file is made from, so a file that cannot
+    // be written (full or read-only flash) leaves that set in memory rather
+    // than a row of zeros; the load that follows reads the same values back.
+    std::copy(pSet, pSet + m_nKeyValSum, m_ppUserKeyVal[p_nScheme]);
+    const char* szFile = p_strFile.c_str();
+    if (!SNS_CHECK_FOR("init", SNS_SUCCESS == keyValToFile(szFile, pSet, m_nKeyValSum),
+                       "file_name(%s)\n", szFile)) {
+        m_bFileUnsaved = true;
+    }
 }
 
 void ISensorController::loadSchemeFiles() {
@@ -199,14 +216,18 @@ void ISensorController::applyVideoStreamLimits(const MachineInfo& p_objMachineIn
 bool ISensorController::init(const ModuleConfigure& p_objModuleConfigure) {
     setState(m_bIniting);
     clearState(m_bInited);
+    m_bFileUnsaved = false;
     SNS_ASSERT_TEXT(SNS_SUCCESS == initSysConf(m_nCameraID, p_objModuleConfigure, &m_stSysConf),
                     "SNS_SUCCESS == initSysConf(m_nCameraID,p_objModuleConfigure, &m_stSysConf)",
                     "");
     allocateSchemeSets();
     checkVersionStamp();
+    removeFlushLeftovers();
     detectDeviceFlags();
     loadSchemeFiles();
-    SNS_ASSERT(SNS_SUCCESS == setVersion(m_nVersion), "m_nVersion(%d)\n", m_nVersion);
+    if (!SNS_CHECK(SNS_SUCCESS == setVersion(m_nVersion), "m_nVersion(%d)\n", m_nVersion)) {
+        m_bFileUnsaved = true;
+    }
     initKeyCmdMap();
     m_pstKeyValTmp = std::make_unique<KeyVal[]>(m_nKeyValSum);
     if (!m_bSchemeByDN && !m_bSchemeByTime) {
@@ -259,7 +280,7 @@ std::string ISensorController::getUIStyleFile() {
             TavrinTime(0, STYLE_BUSY_WAIT_USEC).wait();
         }
     }
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     std::string strResult;
     SNS_ASSERT(SNS_SUCCESS == getDnaStyle(m_nCameraID, m_stSysConf.szUIStyle, strResult,
                                           m_bShowWDRFalg, m_bShowLDCFlag),

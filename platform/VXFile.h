@@ -41,6 +41,15 @@ public:
     // after a short write, so a full disk never replaces a good file.
     void discard();
 
+    // Removes the temporary files that write-truncate opens of name left
+    // behind when their writer died before close (a power cut, a kill).
+    // Temporaries of a writer still at work are kept. The number removed.
+    static int removeLeftovers(const char* name);
+    // Test hook standing for a filling flash: write-truncate opens of this
+    // process may write p_nBytes more bytes in all, then every write comes
+    // back short. Negative: no limit (the default).
+    static void setWriteBudget(INT64 p_nBytes);
+
 private:
     bool openForRead(const std::string& hostPath);
     bool openForReplace(const std::string& hostPath);
@@ -49,6 +58,7 @@ private:
     FILE* m_pFile = nullptr;
     bool m_bWriting = false;
     INT64 m_nWritten = 0;
+    bool m_bWriteFailed = false; // a write came back short: the commit is refused
     std::string m_strTarget;  // host path being replaced (write-truncate only)
     std::string m_strTmpPath; // temporary file beside it
 };
