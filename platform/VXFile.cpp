@@ -23,6 +23,7 @@ constexpr unsigned int kMaxTransfer = INT_MAX;
 
 // Bytes replace-opens may still write (negative: unlimited); see setWriteBudget.
 std::atomic<INT64> g_nWriteBudget{-1};
+std::atomic<bool> g_bReadOnly{false}; // see setReadOnly
 
 // Takes up to p_nWant bytes from the write budget; what may be written.
 std::size_t takeFromBudget(std::size_t p_nWant) {
@@ -147,6 +148,10 @@ bool VXFile::openForRead(const std::string& hostPath) {
 }
 
 bool VXFile::openForReplace(const std::string& hostPath) {
+    if (g_bReadOnly) {
+        errno = EROFS;
+        return false;
+    }
     const std::string dir = parentDir(hostPath);
     std::error_code ec;
     std::filesystem::create_directories(dir, ec);
@@ -261,8 +266,7 @@ int VXFile::removeLeftovers(const char* name) {
     std::error_code ec;
     // Stepped with error codes: a directory that vanishes midway ends the walk
     // instead of throwing.
-    for (std::filesystem::directory_iterator it(dir, ec), end; !ec && it != end;
-         it.increment(ec)) {
+    for (std::filesystem::directory_iterator it(dir, ec), end; !ec && it != end; it.increment(ec)) {
         const std::string entryName = it->path().filename().string();
         if (isTemporaryOf(entryName, base) && removeIfAbandoned(it->path().string())) {
             ++removed;
@@ -273,6 +277,10 @@ int VXFile::removeLeftovers(const char* name) {
 
 void VXFile::setWriteBudget(INT64 p_nBytes) {
     g_nWriteBudget = p_nBytes;
+}
+
+void VXFile::setReadOnly(bool p_bReadOnly) {
+    g_bReadOnly = p_bReadOnly;
 }
 
 INT64 VXFile::getLength() const {

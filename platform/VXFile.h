@@ -49,6 +49,8 @@ public:
     // process may write p_nBytes more bytes in all, then every write comes
     // back short. Negative: no limit (the default).
     static void setWriteBudget(INT64 p_nBytes);
+    // Test hook standing for read-only flash: write-truncate opens fail.
+    static void setReadOnly(bool p_bReadOnly);
 
 private:
     bool openForRead(const std::string& hostPath);
@@ -59,6 +61,6 @@ private:
     bool m_bWriting = false;
     INT64 m_nWritten = 0;
     bool m_bWriteFailed = false; // a write came back short: the commit is refused
-    std::string m_strTarget;  // host path being replaced (write-truncate only)
-    std::string m_strTmpPath; // temporary file beside it
+    std::string m_strTarget;     // host path being replaced (write-truncate only)
+    std::string m_strTmpPath;    // temporary file beside it
 };
