@@ -130,12 +130,14 @@ int ISensorController::sensorThread() {
     if (!hasState(m_bResetting)) {
         TavrinTime(1, 0).wait();
     }
-    if (m_nChanneldDosomething == m_nCameraID) {
-        if (m_nPassKeycmd == static_cast<int>(KEY_MIXSTREAM_THERMAL_TO_VISION_SYNC_FOV)) {
-            sync_fov();
-        }
-        m_nChanneldDosomething = NO_MAIL;
-        m_nPassKeycmd = NO_MAIL;
+    // The mailbox is emptied before the request is served, not after: a request
+    // posted while this one is served then stays for the next pass, where
+    // emptying it afterwards would throw it away unserved.
+    int nMailChannel = m_nCameraID;
+    if (m_nChanneldDosomething.compare_exchange_strong(nMailChannel, NO_MAIL) &&
+        m_nPassKeycmd.exchange(NO_MAIL) ==
+            static_cast<int>(KEY_MIXSTREAM_THERMAL_TO_VISION_SYNC_FOV)) {
+        sync_fov();
     }
     // The scheme logic holds the channel's lock, so no host call races a switch
     // of the thread; host calls let a waiting pass go first, so a busy host
