@@ -100,6 +100,12 @@ bool check(bool bRet, const char* p_szCondition, const Origin& p_stOrigin, const
                       __VA_ARGS__)
 #define SNS_ASSERT_FOR(function, condition, ...)                                                   \
     static_cast<void>(SNS_CHECK_FOR(function, condition, __VA_ARGS__))
+#define SNS_ASSERT_TEXT_FOR(function, condition, text, ...)                                        \
+    static_cast<void>(sensordiag::check(static_cast<bool>(condition), text,                        \
+                                        SNS_ORIGIN_FOR_(function), __VA_ARGS__))
+#define SNS_DBG_FOR(function, ...)                                                                 \
+    sensordiag::printTagged(5, sensordiag::COLOUR_DEFAULT, "[sensor dbg]", false,                  \
+                            SNS_ORIGIN_FOR_(function), __VA_ARGS__)
 #define SNS_WARN_FOR(function, ...)                                                                \
     sensordiag::printTagged(3, sensordiag::COLOUR_DEFAULT, "[sensor warn]", true,                  \
                             SNS_ORIGIN_FOR_(function), __VA_ARGS__)

@@ -73,8 +73,8 @@ bool allowsItem(const ia_dynamic_params_attr_st& p_stAttr, int p_nItem) {
 // allow; -1 at the first item without "index".
 int rewriteControl(TiXmlElement* p_pControl, int p_nCmd,
                    const ia_dynamic_params_attr_st& p_stAttr) {
-    SNS_DBG("_________________cmd(%d) default(%d)__________________\n", p_nCmd,
-            p_stAttr.default_val);
+    SNS_DBG_FOR("doDnaStyle", "_________________cmd(%d) default(%d)__________________\n", p_nCmd,
+                p_stAttr.default_val);
     p_pControl->SetAttribute("value", p_stAttr.default_val);
     TiXmlElement* pNext = nullptr;
     for (TiXmlElement* pItem = p_pControl->FirstChildElement(); pItem != nullptr; pItem = pNext) {
@@ -84,7 +84,8 @@ int rewriteControl(TiXmlElement* p_pControl, int p_nCmd,
             return -1;
         }
         if (!allowsItem(p_stAttr, toInt(szIndex))) {
-            SNS_DBG("_________________delete comboitem(%s)__________________\n", szIndex);
+            SNS_DBG_FOR("doDnaStyle", "_________________delete comboitem(%s)__________________\n",
+                        szIndex);
             p_pControl->RemoveChild(pItem);
         }
     }
@@ -107,8 +108,8 @@ void takeStyleItems(const TiXmlElement* p_pControl, ia_dynamic_params_attr_st& p
             ++nDropped;
         }
     }
-    SNS_ASSERT_TEXT(nDropped == 0, "items_cnt <= IA_DYNAMIC_ITEM_MAX",
-                    "style items beyond the record: %d\n", nDropped);
+    SNS_ASSERT_TEXT_FOR("doCustomizeStyle", nDropped == 0, "items_cnt <= IA_DYNAMIC_ITEM_MAX",
+                        "style items beyond the record: %d\n", nDropped);
     p_stAttr.items_cnt = nCount;
     p_stAttr.max_val = nCount > 0 ? p_stAttr.item[nCount - 1] : 0;
     p_stAttr.min_val = p_stAttr.item[0];
@@ -145,24 +146,24 @@ void applyStylePreset(TiXmlElement* p_pRoot, int p_nIndex, u32 p_nCmd,
 // Asks the ISP for the allowed values of one dynamic command and rewrites its
 // controls accordingly.
 void applyDynamicCmd(int p_channelID, TiXmlElement* p_pRoot, int i, u32 p_nCmd) {
-    SNS_DBG("dnaCmdList.cmd_list[%d] = cmd(%d)\n", i, static_cast<int>(p_nCmd));
+    SNS_DBG_FOR("getDnaStyle", "dnaCmdList.cmd_list[%d] = cmd(%d)\n", i, static_cast<int>(p_nCmd));
     ia_dynamic_params_attr_st dnaParamList{};
     const int nRet = ia_ioctrl_v2(p_channelID - 1, static_cast<ia_cmd_e>(p_nCmd),
                                   IA_CMD_OPT_GET_PARAM_RNAGE, &dnaParamList);
-    SNS_ASSERT_TEXT(SNS_SUCCESS == nRet,
-                    "SNS_SUCCESS == ia_ioctrl_v2(p_channelID-1, "
-                    "(ia_cmd_e)dnaCmdList.cmd_list[i], IA_CMD_OPT_GET_PARAM_RNAGE, "
-                    "(void*)(&dnaParamList))",
-                    "");
+    SNS_ASSERT_TEXT_FOR("getDnaStyle", SNS_SUCCESS == nRet,
+                        "SNS_SUCCESS == ia_ioctrl_v2(p_channelID-1, "
+                        "(ia_cmd_e)dnaCmdList.cmd_list[i], IA_CMD_OPT_GET_PARAM_RNAGE, "
+                        "(void*)(&dnaParamList))",
+                        "");
     clampDynamicParams(dnaParamList);
     if (isPresetKey(p_nCmd)) {
         applyStylePreset(p_pRoot, i, p_nCmd, dnaParamList);
     }
     const int nDone = doDnaStyle(p_pRoot, static_cast<int>(p_nCmd), &dnaParamList);
-    SNS_ASSERT_TEXT(SNS_SUCCESS == nDone,
-                    "SNS_SUCCESS == doDnaStyle(objStyleXmlDoc.RootElement(), "
-                    "dnaCmdList.cmd_list[i], &dnaParamList)",
-                    "");
+    SNS_ASSERT_TEXT_FOR("getDnaStyle", SNS_SUCCESS == nDone,
+                        "SNS_SUCCESS == doDnaStyle(objStyleXmlDoc.RootElement(), "
+                        "dnaCmdList.cmd_list[i], &dnaParamList)",
+                        "");
 }
 
 // Removes the last control with the key; nothing when the style has none.
