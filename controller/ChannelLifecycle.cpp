@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "common/SensorDebug.h"
@@ -35,8 +36,13 @@ constexpr KeyVal LPR_NIGHT_DEFAULTS[] = {
     {KEY_METER_AREA, 1}, {KEY_IR_MODE, 2},      {KEY_IR_MANUAL_STRG_NEAR, 40},
 };
 
+// A scheme file counts as present only as a regular file: a directory (or
+// anything else) in its place is treated as missing, so the row is made from
+// the factory set instead of staying zeros, and the failed write is reported.
 bool fileExists(const std::string& p_strDevicePath) {
-    return access(DeviceRoot::resolve(p_strDevicePath).c_str(), F_OK) == 0;
+    struct stat stInfo {};
+    return stat(DeviceRoot::resolve(p_strDevicePath).c_str(), &stInfo) == 0 &&
+           S_ISREG(stInfo.st_mode);
 }
 
 // Sets the first entry with the key; a key the set lacks is skipped.

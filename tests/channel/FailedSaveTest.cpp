@@ -104,15 +104,12 @@ TEST_F(FailedSaveTest, AFlushThatCannotReplaceTheFileFailsDistinctlyAndKeepsIt) 
 
 TEST_F(FailedSaveTest, StartUpAndResetThatCannotWriteKeepTheFactorySetAndSaySo) {
     for (const FaultCase& stCase : kFaults) {
-        if (stCase.eFault == Fault::DirectoryInTheWay) {
-            continue; // an existing entry is loaded, not created: nothing is written
-        }
         SCOPED_TRACE(stCase.szName);
         upMini();
         takeDown();
         fs::remove_all(m_objRoot.hostPath(kConfigDir));
         fs::create_directories(m_objRoot.hostPath(kConfigDir));
-        inject(stCase.eFault, "");
+        inject(stCase.eFault, schemeFile(1, 0));
         ISensorController& c = bringUp();
         const auto vecFactory = pairs(Access::row(c, Access::schemeSum(c)));
         for (u32 s = 0; s < Access::schemeSum(c); ++s) {
@@ -120,10 +117,16 @@ TEST_F(FailedSaveTest, StartUpAndResetThatCannotWriteKeepTheFactorySetAndSaySo) 
         }
         EXPECT_EQ(50, param(34));
         EXPECT_FALSE(c.resetParameters()) << "the reset could not write its files";
-        EXPECT_TRUE(fs::is_empty(m_objRoot.hostPath(kConfigDir))) << "no file, no temporary";
+        EXPECT_TRUE(temporaries(kConfigDir).empty());
+        if (stCase.eFault == Fault::DirectoryInTheWay) {
+            EXPECT_TRUE(fs::is_directory(m_objRoot.hostPath(schemeFile(1, 0))));
+            fs::remove_all(m_objRoot.hostPath(schemeFile(1, 0)));
+        } else {
+            EXPECT_TRUE(fs::is_empty(m_objRoot.hostPath(kConfigDir))) << "no file written";
+        }
         clearFaults();
         EXPECT_TRUE(c.resetParameters());
-        EXPECT_TRUE(m_objRoot.exists(schemeFile(1, 1)));
+        EXPECT_TRUE(m_objRoot.exists(schemeFile(1, 0)) && m_objRoot.exists(schemeFile(1, 1)));
     }
 }
 
