@@ -222,6 +222,9 @@ bool VXFile::commit() {
     // The stream's error state covers a failed write the buffer hid so far.
     const bool flushed = !m_bWriteFailed && std::fflush(m_pFile) == 0 &&
                          std::ferror(m_pFile) == 0 && ::fsync(fileno(m_pFile)) == 0;
+    // A second descriptor keeps the temporary's lock past fclose until the
+    // rename, so removeLeftovers never takes it in between.
+    const int nLockFd = ::dup(fileno(m_pFile));
     const bool closed = std::fclose(m_pFile) == 0;
     m_pFile = nullptr;
     m_bWriting = false;
@@ -230,6 +233,9 @@ bool VXFile::commit() {
         ok = syncDirectory(parentDir(m_strTarget));
     } else {
         ::unlink(m_strTmpPath.c_str());
+    }
+    if (nLockFd >= 0) {
+        ::close(nLockFd);
     }
     m_strTarget.clear();
     m_strTmpPath.clear();
