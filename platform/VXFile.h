@@ -4,6 +4,8 @@
 // a temporary file beside it, which close() (or destruction) flushes, syncs and
 // renames over the target. A reader therefore sees the old content or the new,
 // never a mix or a truncated file, whatever happens to the writer in between.
+// A write that comes back short, or a stream in error, makes close() refuse
+// the commit: the target then keeps its old content and no temporary is left.
 #pragma once
 
 #include "common/SensorTypes.h"
