@@ -20,12 +20,30 @@ namespace {
 
 constexpr const char* TAG_ASSERT = "[sensor assert]";
 
-// Holds the longest line the module formats (the device-type check is about 950
-// characters) with room to spare; formatting into it is always bounded.
+// The lines of a failed check: holds the longest the module formats (the
+// device-type check is about 950 characters) with room to spare, and keeps a
+// runaway detail message from flooding the error log. Traces are not cut.
 using LineBuffer = std::array<char, 4096>;
 
 void formatInto(LineBuffer& p_buf, const char* p_szFormat, va_list p_args) {
     std::vsnprintf(p_buf.data(), p_buf.size(), p_szFormat, p_args);
+}
+
+// A trace the level lets through is printed whole, however long (the merged
+// style at level 7 is several times the line buffer): formatted once to learn
+// its length, then into a buffer of that size.
+std::string formatWhole(const char* p_szFormat, va_list p_args) {
+    va_list argsCopy;
+    va_copy(argsCopy, p_args);
+    const int nLen = std::vsnprintf(nullptr, 0, p_szFormat, argsCopy);
+    va_end(argsCopy);
+    if (nLen <= 0) {
+        return std::string();
+    }
+    std::string strText(static_cast<std::size_t>(nLen) + 1, '\0');
+    std::vsnprintf(strText.data(), strText.size(), p_szFormat, p_args);
+    strText.resize(static_cast<std::size_t>(nLen));
+    return strText;
 }
 
 void printColourPrefix(int p_nColour) {
@@ -145,17 +163,16 @@ void printTagged(int p_nThreshold, int p_nColour, const char* p_szTag, bool p_bT
     if (g_nDebugLevel <= p_nThreshold) {
         return;
     }
-    LineBuffer buf;
     va_list args;
     va_start(args, p_szFormat);
-    formatInto(buf, p_szFormat, args);
+    const std::string strText = formatWhole(p_szFormat, args);
     va_end(args);
 
-    printBlock(p_nColour, p_szTag, &p_stOrigin, buf.data());
+    printBlock(p_nColour, p_szTag, &p_stOrigin, strText.c_str());
     if (p_bToLog) {
         ErrorLog objLog;
         objLog.writeHeader(p_szTag, p_stOrigin);
-        objLog.write(p_szTag, buf.data());
+        objLog.write(p_szTag, strText.c_str());
     }
 }
 
@@ -164,12 +181,11 @@ void printPlain(int p_nThreshold, int p_nColour, const char* p_szFormat, ...) {
     if (g_nDebugLevel <= p_nThreshold) {
         return;
     }
-    LineBuffer buf;
     va_list args;
     va_start(args, p_szFormat);
-    formatInto(buf, p_szFormat, args);
+    const std::string strText = formatWhole(p_szFormat, args);
     va_end(args);
-    printBlock(p_nColour, nullptr, nullptr, buf.data());
+    printBlock(p_nColour, nullptr, nullptr, strText.c_str());
 }
 
 void abortAssert(const Origin& p_stOrigin) {

@@ -24,6 +24,10 @@ constexpr u32 SCHEME_KEY_COUNT = 5;
 constexpr int SNS_SUCCESS = 0;
 constexpr int SNS_FAILED = -1;
 constexpr int SNS_ERR_SCHEME_RANGE = -2;
+// A file was not replaced (full or read-only flash, a directory in its place, a
+// short write, a failed close): it keeps its old content. Parameter keys start
+// at 10, so this is never the negated key a parameter write reports.
+constexpr int SNS_ERR_FILE_WRITE = -3;
 constexpr int SNS_ERR_START_TIME = 505;
 constexpr int SNS_ERR_END_TIME = 506;
 constexpr int SNS_ERR_TIME_ORDER = 507;

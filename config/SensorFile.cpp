@@ -145,10 +145,13 @@ int keyValToFile(const char* file_name, const KeyVal* p_pKeyVal, u32 p_nKeyValSu
                         "nSize(%d) sizeof(KeyVal) = %d, p_nKeyValNum(%d)\n", nSize,
                         static_cast<int>(sizeof(KeyVal)), static_cast<int>(p_nKeyValSum))) {
         file.discard(); // a short write never replaces the old file
-        return SNS_SUCCESS;
+        return SNS_ERR_FILE_WRITE;
     }
+    // The new content exists only once it is committed: a failed close leaves
+    // the old file, and the caller must hear that nothing was saved.
     if (bOpened && !file.close()) {
         SNS_ASSERT_TEXT(false, "file.close()", "file_name(%s)\n", file_name);
+        return SNS_ERR_FILE_WRITE;
     }
     return SNS_SUCCESS;
 }
@@ -166,5 +169,7 @@ int getVersion(u32* p_pnVersion) {
 int setVersion(u32 p_nVersion) {
     std::array<char, 4> arrBytes{};
     encodeU32(p_nVersion, arrBytes.data());
-    return saveToFile(SENSOR_VERSION_FILE, arrBytes.data(), arrBytes.size()) > 0 ? 0 : -1;
+    // Only all four bytes count: a short write replaced nothing.
+    const INT64 nLen = static_cast<INT64>(arrBytes.size());
+    return saveToFile(SENSOR_VERSION_FILE, arrBytes.data(), nLen) == nLen ? 0 : -1;
 }

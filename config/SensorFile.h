@@ -26,11 +26,13 @@ INT64 getFileLen(const char* file_name);
 // Reads exactly file_len bytes into data; the count read, or -1.
 int loadFromFile(const char* file_name, char* data, INT64 file_len);
 // Replaces the file with file_len bytes of data; the count written, or -1.
+// Any result but file_len means the old file is untouched.
 int saveToFile(const char* file_name, const char* data, INT64 file_len);
 // Loads up to p_nKeyValNum records. A longer file loads its first records; a
 // shorter one is reported and leaves the entries it lacks unchanged.
 int keyValFromFile(const char* file_name, KeyVal* p_pKeyVal, u32 p_nKeyValNum);
-// Writes exactly p_nKeyValSum records.
+// Writes exactly p_nKeyValSum records: SNS_SUCCESS, or SNS_ERR_FILE_WRITE when
+// the file was not replaced (reported; the old file stays as it was).
 int keyValToFile(const char* file_name, const KeyVal* p_pKeyVal, u32 p_nKeyValSum);
 int getVersion(u32* p_pnVersion);
 int setVersion(u32 p_nVersion);

@@ -164,8 +164,8 @@ bool allowsItem(const ia_dynamic_params_attr_st& p_stAttr, int p_nItem) {
 template <class Remove>
 int rewriteControl(TiXmlElement* p_pControl, int p_nCmd, const ia_dynamic_params_attr_st& p_stAttr,
                    Remove&& p_fnRemove) {
-    SNS_DBG("_________________cmd(%d) default(%d)__________________\n", p_nCmd,
-            p_stAttr.default_val);
+    SNS_DBG_FOR("doDnaStyle", "_________________cmd(%d) default(%d)__________________\n", p_nCmd,
+                p_stAttr.default_val);
     p_pControl->SetAttribute("value", p_stAttr.default_val);
     TiXmlElement* pNext = nullptr;
     for (TiXmlElement* pItem = p_pControl->FirstChildElement(); pItem != nullptr; pItem = pNext) {
@@ -175,7 +175,8 @@ int rewriteControl(TiXmlElement* p_pControl, int p_nCmd, const ia_dynamic_params
             return -1;
         }
         if (!allowsItem(p_stAttr, toInt(szIndex))) {
-            SNS_DBG("_________________delete comboitem(%s)__________________\n", szIndex);
+            SNS_DBG_FOR("doDnaStyle", "_________________delete comboitem(%s)__________________\n",
+                        szIndex);
             p_fnRemove(p_pControl, pItem);
         }
     }
@@ -198,8 +199,8 @@ void takeStyleItems(const TiXmlElement* p_pControl, ia_dynamic_params_attr_st& p
             ++nDropped;
         }
     }
-    SNS_ASSERT_TEXT(nDropped == 0, "items_cnt <= IA_DYNAMIC_ITEM_MAX",
-                    "style items beyond the record: %d\n", nDropped);
+    SNS_ASSERT_TEXT_FOR("doCustomizeStyle", nDropped == 0, "items_cnt <= IA_DYNAMIC_ITEM_MAX",
+                        "style items beyond the record: %d\n", nDropped);
     p_stAttr.items_cnt = nCount;
     p_stAttr.max_val = nCount > 0 ? p_stAttr.item[nCount - 1] : 0;
     p_stAttr.min_val = p_stAttr.item[0];
@@ -246,15 +247,15 @@ void applyStylePreset(ControlIndex& p_objIndex, int p_nIndex, u32 p_nCmd,
 // Asks the ISP for the allowed values of one dynamic command and rewrites its
 // controls accordingly.
 void applyDynamicCmd(int p_channelID, ControlIndex& p_objIndex, int i, u32 p_nCmd) {
-    SNS_DBG("dnaCmdList.cmd_list[%d] = cmd(%d)\n", i, static_cast<int>(p_nCmd));
+    SNS_DBG_FOR("getDnaStyle", "dnaCmdList.cmd_list[%d] = cmd(%d)\n", i, static_cast<int>(p_nCmd));
     ia_dynamic_params_attr_st dnaParamList{};
     const int nRet = ia_ioctrl_v2(p_channelID - 1, static_cast<ia_cmd_e>(p_nCmd),
                                   IA_CMD_OPT_GET_PARAM_RNAGE, &dnaParamList);
-    SNS_ASSERT_TEXT(SNS_SUCCESS == nRet,
-                    "SNS_SUCCESS == ia_ioctrl_v2(p_channelID-1, "
-                    "(ia_cmd_e)dnaCmdList.cmd_list[i], IA_CMD_OPT_GET_PARAM_RNAGE, "
-                    "(void*)(&dnaParamList))",
-                    "");
+    SNS_ASSERT_TEXT_FOR("getDnaStyle", SNS_SUCCESS == nRet,
+                        "SNS_SUCCESS == ia_ioctrl_v2(p_channelID-1, "
+                        "(ia_cmd_e)dnaCmdList.cmd_list[i], IA_CMD_OPT_GET_PARAM_RNAGE, "
+                        "(void*)(&dnaParamList))",
+                        "");
     clampDynamicParams(dnaParamList);
     if (isPresetKey(p_nCmd)) {
         applyStylePreset(p_objIndex, i, p_nCmd, dnaParamList);
@@ -266,10 +267,10 @@ void applyDynamicCmd(int p_channelID, ControlIndex& p_objIndex, int i, u32 p_nCm
                                   p_objIndex.removeChild(pParent, pItem);
                               });
     });
-    SNS_ASSERT_TEXT(SNS_SUCCESS == nDone,
-                    "SNS_SUCCESS == doDnaStyle(objStyleXmlDoc.RootElement(), "
-                    "dnaCmdList.cmd_list[i], &dnaParamList)",
-                    "");
+    SNS_ASSERT_TEXT_FOR("getDnaStyle", SNS_SUCCESS == nDone,
+                        "SNS_SUCCESS == doDnaStyle(objStyleXmlDoc.RootElement(), "
+                        "dnaCmdList.cmd_list[i], &dnaParamList)",
+                        "");
 }
 
 // Removes the last control with the key (as getNodebyCmdId and DeleteNode);

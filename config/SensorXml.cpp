@@ -84,8 +84,11 @@ bool TiXmlDocumentEx::saveXmlText(const char* p_szDevicePath, const std::string&
         return false;
     }
     const int nWritten = file.write(strText.data(), static_cast<unsigned int>(strText.size()));
-    const bool bCommitted = file.close();
-    return bCommitted && nWritten == static_cast<int>(strText.size());
+    if (nWritten != static_cast<int>(strText.size())) {
+        file.discard(); // a cut copy never replaces the file
+        return false;
+    }
+    return file.close();
 }
 
 bool TiXmlDocumentEx::SaveFile() const {

@@ -95,12 +95,14 @@ using ConfigText = std::unique_ptr<char[], ConfigTextDeleter>;
 
 // Reads a whole text file into a new zero-terminated buffer; p_nRead is what
 // loadFromFile returned. The length is taken once, so the buffer and the read
-// agree even when the file changes in between.
-ConfigText loadConfigText(const char* p_szFile, int& p_nRead) {
+// agree even when the file changes in between. A failed check names
+// p_szOperation, the operation the text is loaded for.
+ConfigText loadConfigText(const char* p_szOperation, const char* p_szFile, int& p_nRead) {
     INT64 nLen = getFileLen(p_szFile);
     if (nLen < 0 || nLen > CONFIG_TEXT_MAX) {
-        SNS_ASSERT_TEXT(false, "0 <= file_len && file_len <= CONFIG_TEXT_MAX",
-                        "file_name(%s) file_len(%lld)\n", p_szFile, static_cast<long long>(nLen));
+        SNS_ASSERT_TEXT_FOR(p_szOperation, false, "0 <= file_len && file_len <= CONFIG_TEXT_MAX",
+                            "file_name(%s) file_len(%lld)\n", p_szFile,
+                            static_cast<long long>(nLen));
         nLen = 0;
     }
     ConfigText pText(newConfigText(static_cast<std::size_t>(nLen) + 1));
@@ -172,15 +174,15 @@ bool conditionHolds(const char* p_szAccepted, const char* p_szDetailValue) {
 const TiXmlAttribute* findHoldingCondition(const TiXmlElement* p_pEntry, const char* p_szDetail) {
     for (const TiXmlAttribute* modi_attr = p_pEntry->FirstAttribute(); modi_attr != nullptr;
          modi_attr = modi_attr->Next()) {
-        SNS_DBG("modi_attr->Name()(%s), modi_attr->Value()(%s)\n", modi_attr->Name(),
-                modi_attr->Value());
+        SNS_DBG_FOR("mergeStyle", "modi_attr->Name()(%s), modi_attr->Value()(%s)\n",
+                    modi_attr->Name(), modi_attr->Value());
         std::array<char, DETAIL_VALUE_MAX + 1> szVal{};
         if (getDetailFieldToStr(p_szDetail, modi_attr->Name(), szVal.data()) == 0 &&
             conditionHolds(modi_attr->Value(), szVal.data())) {
             return modi_attr;
         }
-        SNS_DBG("modi_attr->Name()(%s), modi_attr->Value()(%s) nVal(%s)\n", modi_attr->Name(),
-                modi_attr->Value(), szVal.data());
+        SNS_DBG_FOR("mergeStyle", "modi_attr->Name()(%s), modi_attr->Value()(%s) nVal(%s)\n",
+                    modi_attr->Name(), modi_attr->Value(), szVal.data());
     }
     return nullptr;
 }
@@ -192,18 +194,18 @@ void applyDiversityEntry(TiXmlDocument& doc_style, const TiXmlElement* node_firs
     if (modi_attr == nullptr) {
         return;
     }
-    SNS_DBG("modi_attr->Name()(%s), modi_attr->Value()(%s)\n", modi_attr->Name(),
-            modi_attr->Value());
-    const TiXmlElement* node_second = nullptr;
-    SNS_ASSERT_TEXT(NULL != (node_second = node_first->FirstChildElement()),
-                    "NULL != (node_second = node_first->FirstChildElement())", "");
-    for (; node_second != nullptr; node_second = node_second->NextSiblingElement()) {
-        SNS_DBG("modi_attr->Name()(%s), modi_attr->Value()(%s)\n", modi_attr->Name(),
+    SNS_DBG_FOR("mergeStyle", "modi_attr->Name()(%s), modi_attr->Value()(%s)\n", modi_attr->Name(),
                 modi_attr->Value());
+    const TiXmlElement* node_second = nullptr;
+    SNS_ASSERT_TEXT_FOR("mergeStyle", NULL != (node_second = node_first->FirstChildElement()),
+                        "NULL != (node_second = node_first->FirstChildElement())", "");
+    for (; node_second != nullptr; node_second = node_second->NextSiblingElement()) {
+        SNS_DBG_FOR("mergeStyle", "modi_attr->Name()(%s), modi_attr->Value()(%s)\n",
+                    modi_attr->Name(), modi_attr->Value());
         updateStyleTab(&doc_style, node_second->Value(), node_second->Attribute("tab_key"),
                        node_second->FirstChildElement());
-        SNS_DBG("modi_attr->Name()(%s), modi_attr->Value()(%s)\n", modi_attr->Name(),
-                modi_attr->Value());
+        SNS_DBG_FOR("mergeStyle", "modi_attr->Name()(%s), modi_attr->Value()(%s)\n",
+                    modi_attr->Name(), modi_attr->Value());
     }
 }
 
@@ -288,14 +290,16 @@ int initSysConf(int p_nChannelID, const ModuleConfigure& p_objModuleConfigure,
     const StyleFiles& stFiles = chooseStyleFiles(p_nChannelID, p_stSysConf->nDeviceType);
     const std::string strStyleFileName = stFiles.szStyle;
     int nRead = 0;
-    p_stSysConf->szUIStyle = loadConfigText(strStyleFileName.c_str(), nRead).release();
+    p_stSysConf->szUIStyle =
+        loadConfigText("initSysConf", strStyleFileName.c_str(), nRead).release();
     SNS_ASSERT_TEXT(nRead > 0,
                     "loadFromFile(strStyleFileName.c_str(), p_stSysConf->szUIStyle, "
                     "getFileLen(strStyleFileName.c_str())) > 0",
                     "");
 
     const std::string strStyleDivFileName = stFiles.szDiversity;
-    const ConfigText ui_styleDiversity = loadConfigText(strStyleDivFileName.c_str(), nRead);
+    const ConfigText ui_styleDiversity =
+        loadConfigText("initSysConf", strStyleDivFileName.c_str(), nRead);
     SNS_ASSERT_TEXT(nRead > 0,
                     "loadFromFile(strStyleDivFileName.c_str(), ui_styleDiversity, "
                     "getFileLen(strStyleDivFileName.c_str())) > 0",

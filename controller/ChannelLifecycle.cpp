@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -20,7 +21,7 @@
 #include "platform/GThread.h"
 #include "platform/SystemInfoParser.h"
 #include "platform/TavrinTime.h"
-#include "platform/VXMutexManager.h"
+#include "platform/VXFile.h"
 #include "platform/VideoStreamModule.h"
 #include "platform/sy_system.h"
 
@@ -45,8 +46,13 @@ constexpr KeyVal LPR_NIGHT_DEFAULTS[] = {
     {KEY_METER_AREA, 1}, {KEY_IR_MODE, 2},      {KEY_IR_MANUAL_STRG_NEAR, 40},
 };
 
+// A scheme file counts as present only as a regular file: a directory (or
+// anything else) in its place is treated as missing, so the row is made from
+// the factory set instead of staying zeros, and the failed write is reported.
 bool fileExists(const std::string& p_strDevicePath) {
-    return access(DeviceRoot::resolve(p_strDevicePath).c_str(), F_OK) == 0;
+    struct stat stInfo {};
+    return stat(DeviceRoot::resolve(p_strDevicePath).c_str(), &stInfo) == 0 &&
+           S_ISREG(stInfo.st_mode);
 }
 
 // Sets the first entry with the key; a key the set lacks is skipped.
@@ -175,20 +181,37 @@ void ISensorController::detectDeviceFlags(const MachineInfo& p_objMachineInfo) {
     }
 }
 
+void ISensorController::removeFlushLeftovers() {
+    // A power cut during a write leaves the writer's temporary file beside the
+    // target; repeated cuts would fill a small flash. Only files of this
+    // channel and the stamp are looked at, and a temporary another writer
+    // still holds is kept.
+    for (u32 i = 0; i < m_stSysConf.nSchemeSum; ++i) {
+        VXFile::removeLeftovers(schemeFileName(static_cast<int>(i)).c_str());
+    }
+    VXFile::removeLeftovers(SENSOR_VERSION_FILE);
+}
+
 void ISensorController::createSchemeFile(u32 p_nScheme, const std::string& p_strFile) {
-    const char* szFile = p_strFile.c_str();
+    const KeyVal* pSet = m_pFctKeyVal;
     if (m_bLprMode && p_nScheme == 1) {
         std::copy(m_pFctKeyVal, m_pFctKeyVal + m_nKeyValSum, m_pLprKeyVal.get());
         for (const KeyVal& stDefault : LPR_NIGHT_DEFAULTS) {
             setFirst(m_pLprKeyVal.get(), m_nKeyValSum, stDefault.key, stDefault.value);
         }
-        keyValToFile(szFile, m_pLprKeyVal.get(), m_nKeyValSum);
-        return;
-    }
-    if (!m_bLprMode && p_nScheme == 0) {
+        pSet = m_pLprKeyVal.get();
+    } else if (!m_bLprMode && p_nScheme == 0) {
         setKeyValToCache(m_stSysConf.nSchemeSum, KEY_SCHEME_MODE, 0, true);
     }
-    keyValToFile(szFile, m_pFctKeyVal, m_nKeyValSum);
+    // The row starts as the set the file is made from, so a file that cannot
+    // be written (full or read-only flash) leaves that set in memory rather
+    // than a row of zeros; the load that follows reads the same values back.
+    std::copy(pSet, pSet + m_nKeyValSum, m_ppUserKeyVal[p_nScheme]);
+    const char* szFile = p_strFile.c_str();
+    if (!SNS_CHECK_FOR("init", SNS_SUCCESS == keyValToFile(szFile, pSet, m_nKeyValSum),
+                       "file_name(%s)\n", szFile)) {
+        m_bFileUnsaved = true;
+    }
 }
 
 bool ISensorController::loadSchemeSet(u32 p_nScheme, KeyVal* p_pSet, const char* p_szFunction) {
@@ -262,6 +285,7 @@ bool ISensorController::init(const ModuleConfigure& p_objModuleConfigure) {
     sensordiag::requestMarkerCheck();
     setState(m_bIniting);
     clearState(m_bInited);
+    m_bFileUnsaved = false;
     // The machine description is read once and serves every step below.
     MachineInfo objMachineInfo;
     const bool bMachineInfoRead =
@@ -276,9 +300,12 @@ bool ISensorController::init(const ModuleConfigure& p_objModuleConfigure) {
     allocateSchemeSets(*pMergedStyle);
     pMergedStyle.reset();
     checkVersionStamp();
+    removeFlushLeftovers();
     detectDeviceFlags(objMachineInfo);
     loadSchemeFiles();
-    SNS_ASSERT(SNS_SUCCESS == setVersion(m_nVersion), "m_nVersion(%d)\n", m_nVersion);
+    if (!SNS_CHECK(SNS_SUCCESS == setVersion(m_nVersion), "m_nVersion(%d)\n", m_nVersion)) {
+        m_bFileUnsaved = true;
+    }
     initKeyCmdMap();
     m_pstKeyValTmp = std::make_unique<KeyVal[]>(m_nKeyValSum);
     if (!m_bSchemeByDN && !m_bSchemeByTime) {
@@ -333,7 +360,7 @@ std::string ISensorController::getUIStyleFile() {
             TavrinTime(0, STYLE_BUSY_WAIT_USEC).wait();
         }
     }
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     std::string strResult;
     SNS_ASSERT(SNS_SUCCESS == getDnaStyle(m_nCameraID, m_stSysConf.szUIStyle, strResult,
                                           m_bShowWDRFalg, m_bShowLDCFlag),

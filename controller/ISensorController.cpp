@@ -5,9 +5,9 @@
 #include "controller/ISensorController.h"
 
 #include "common/SensorDebug.h"
+#include "config/sensor.h"
 #include "platform/GThread.h"
 #include "platform/SystemInfoParser.h"
-#include "platform/VXMutexManager.h"
 
 namespace {
 
@@ -57,6 +57,10 @@ ISensorController::~ISensorController() {
         m_pSensorThread->stop();
         m_pSensorThread.reset();
     }
+    // A host may destroy a channel it never took down: what uinit would
+    // release goes here too (the sets and tables are owned; the configuration
+    // texts are not). After a uinit this releases nothing twice.
+    uinitSysConf(&m_stSysConf);
 }
 
 void ISensorController::setChannelID(int p_nChannelID) {
@@ -121,14 +125,14 @@ std::string textOrEmpty(const char* p_szText) {
 
 std::string ISensorController::getUICommonFile(int p_nId) {
     sensordiag::requestMarkerCheck();
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     const UIFileInfo* pEntry = findUIFile(m_stSysConf, p_nId);
     return pEntry ? textOrEmpty(pEntry->szCommon) : std::string();
 }
 
 std::string ISensorController::getUILanguageFile(int p_nId) {
     sensordiag::requestMarkerCheck();
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     const UIFileInfo* pEntry = findUIFile(m_stSysConf, p_nId);
     return pEntry ? textOrEmpty(pEntry->szLanguage) : std::string();
 }

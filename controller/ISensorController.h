@@ -205,6 +205,34 @@ public:
     static std::atomic<int> m_nChanneldDosomething;
 
 private:
+    // The channel lock as host operations take it. A host call first lets a
+    // waiting sensor-thread pass go ahead (unless its thread already holds
+    // the lock, a public operation calling another), so host calls back to
+    // back can delay a pass by one call at most, never starve it.
+    class HostLock {
+    public:
+        HostLock(ISensorController& p_objOwner, const char* p_szFile, int p_nLine);
+        ~HostLock();
+        HostLock(const HostLock&) = delete;
+        HostLock& operator=(const HostLock&) = delete;
+
+    private:
+        ISensorController& m_objOwner;
+        const char* m_szFile;
+        int m_nLine;
+    };
+    // A video notice a pass of the sensor thread made while it held the lock.
+    struct VideoNotice {
+        int nKey;
+        int nVal;
+    };
+    // Pass side of the lock: takes it ahead of host calls; false when a reset
+    // or uinit holds it (they stop or restart the thread: the pass ends).
+    bool lockForPass();
+    void sendVideoNotices(const std::vector<VideoNotice>& p_vecNotices);
+    // Queues a video notice made by this channel's pass; false elsewhere.
+    bool deferVideoNotice(int p_nKey, int p_nVal);
+
     // Bits of the state word m_stState. The word is atomic because the sensor
     // thread reads the bits while host calls set and clear them.
     static constexpr u32 m_bIniting = 1u << 0;       // init running
@@ -258,6 +286,7 @@ private:
     void checkVersionStamp();
     void detectDeviceFlags(const MachineInfo& p_objMachineInfo);
     void loadSchemeFiles();
+    void removeFlushLeftovers();
     void createSchemeFile(u32 p_nScheme, const std::string& p_strFile);
     void applyVideoStreamLimits(const MachineInfo& p_objMachineInfo);
     void releaseBuffers();
@@ -312,6 +341,15 @@ private:
     std::atomic<bool> m_bShutterPass; // set by uinit while the thread may be switching
     bool m_bIsThermal;
     bool m_bShowLDCFlag;
+    // A pass of the sensor thread waits for the lock: host calls hold back.
+    std::atomic<bool> m_bPassWaiting{false};
+    // Video notices of the pass in progress, sent once the lock is released,
+    // so a host video module that waits for another host call into this
+    // channel never waits for the lock the pass holds. Touched under the lock.
+    std::vector<VideoNotice> m_vecPassNotices;
+    // A file the last init had to write (a scheme file, the version stamp)
+    // could not be written; resetParameters reports it.
+    bool m_bFileUnsaved = false;
     SensorZoomFocusParam m_objZoomFocusParam;
     // The show flags the factory set is computed with: those of the object's
     // first init, kept for every later init (they survive uinit).

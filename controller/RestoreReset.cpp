@@ -10,7 +10,6 @@
 #include "controller/ISensorController.h"
 #include "platform/ModuleConfigureParser.h"
 #include "platform/SystemInfoParser.h"
-#include "platform/VXMutexManager.h"
 #include "platform/sy_system.h"
 
 namespace {
@@ -23,7 +22,7 @@ constexpr int SY_SYSTEM_TIMEOUT = 30;
 
 int ISensorController::flush() {
     sensordiag::requestMarkerCheck();
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     if (!m_ppUserKeyVal || m_nCurScheme < 0 ||
         static_cast<u32>(m_nCurScheme) >= m_stSysConf.nSchemeSum) {
         return SNS_SUCCESS; // the factory set is never written
@@ -38,7 +37,7 @@ int ISensorController::flush() {
 
 int ISensorController::restore(int p_nKey) {
     sensordiag::requestMarkerCheck();
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     int nPos = -1;
     KeyVal* pRow = (m_ppUserKeyVal && m_nCurScheme >= 0) ? m_ppUserKeyVal[m_nCurScheme] : nullptr;
     for (u32 i = 0; pRow != nullptr && i < m_nKeyValSum; ++i) {
@@ -78,7 +77,7 @@ bool ISensorController::resetToLastParameters() {
         static_cast<u32>(m_nCurScheme) >= m_stSysConf.nSchemeSum) {
         return true;
     }
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     setState(m_bResettingLast);
     // A file that cannot be read leaves the scheme as it is: nothing is
     // applied and the caller learns that the reset did not happen. A file of
@@ -113,18 +112,23 @@ ModuleConfigure ISensorController::moduleConfigureForReset() const {
 
 bool ISensorController::resetParameters() {
     sensordiag::requestMarkerCheck();
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     setState(m_bResetting);
     if (m_ppUserKeyVal) {
         SNS_ASSERT(SNS_SUCCESS == switch_to(m_stSysConf.nSchemeSum), "m_stSysConf.nSchemeSum(%d)\n",
                    m_stSysConf.nSchemeSum);
     }
-    sy_system(removeSchemeFilesCommand().c_str(), SY_SYSTEM_TIMEOUT);
+    const std::string strRemove = removeSchemeFilesCommand();
+    const bool bRemoved = SNS_CHECK(0 == sy_system(strRemove.c_str(), SY_SYSTEM_TIMEOUT),
+                                    "cmd(%s)\n", strRemove.c_str());
     // The configuration texts are copied out before uinit releases the record.
     const ModuleConfigure objModuleConfigure = moduleConfigureForReset();
     uinit();
     SNS_ASSERT(init(objModuleConfigure), "");
     m_nCurScheme = 0;
     clearState(m_bResetting);
-    return true;
+    // The reset happened in memory and on the ISP either way; false tells the
+    // host that flash still holds old files or lacks new ones (init reported
+    // which file).
+    return bRemoved && !m_bFileUnsaved;
 }

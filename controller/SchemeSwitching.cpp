@@ -7,7 +7,6 @@
 #include "controller/ISensorController.h"
 #include "platform/TavrinTime.h"
 #include "platform/VXDeviceTime.h"
-#include "platform/VXMutexManager.h"
 
 namespace {
 
@@ -72,7 +71,7 @@ int ISensorController::LPR_switch_to(int p_nScheme) {
 
 bool ISensorController::setParamScheme(int p_nScheme) {
     sensordiag::requestMarkerCheck();
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     SNS_ASSERT(p_nScheme >= 0 && (u32)p_nScheme <= m_stSysConf.nSchemeSum, "p_nScheme(%d)\n",
                p_nScheme);
     // The sets have nSchemeSum + 1 rows: a scheme outside them is never made
@@ -86,14 +85,14 @@ bool ISensorController::setParamScheme(int p_nScheme) {
 
 bool ISensorController::getParamScheme(int& p_nScheme) {
     sensordiag::requestMarkerCheck();
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     p_nScheme = m_nCurScheme;
     return true;
 }
 
 bool ISensorController::setParamMode(int p_nMode) {
     sensordiag::requestMarkerCheck();
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     SNS_ASSERT(0 == p_nMode || 1 == p_nMode, "p_nMode(%d)\n", p_nMode);
     waitWhileBusy();
     m_nParamMode = p_nMode;
@@ -102,7 +101,7 @@ bool ISensorController::setParamMode(int p_nMode) {
 
 bool ISensorController::getParamMode(int& p_nMode) {
     sensordiag::requestMarkerCheck();
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     p_nMode = m_nParamMode;
     return true;
 }

@@ -9,7 +9,6 @@
 #include "common/SensorKeys.h"
 #include "common/ia_ioctrl.h"
 #include "platform/DeviceType.h"
-#include "platform/VXMutexManager.h"
 #include "platform/VideoStreamModule.h"
 
 #include <array>
@@ -235,7 +234,8 @@ void ISensorController::clearPending(u32 p_nKey) {
 }
 
 std::vector<u32> ISensorController::getPendingKeys() {
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    sensordiag::requestMarkerCheck();
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     return std::vector<u32>(m_setPendingKeys.begin(), m_setPendingKeys.end());
 }
 
@@ -463,7 +463,7 @@ ISensorController::RecordRoute ISensorController::routeLightTypeTwin(const KeyVa
 
 int ISensorController::setParameter(int p_nKey, int p_nVal, bool p_bCache) {
     sensordiag::requestMarkerCheck();
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     SNS_DBG("p_Parameters22222222222(%d, %d)\n", p_nKey, p_nVal);
     KeyVal stKeyVal{static_cast<u32>(p_nKey), static_cast<u32>(p_nVal)};
     return setParameters(&stKeyVal, 1, p_bCache);
@@ -471,7 +471,7 @@ int ISensorController::setParameter(int p_nKey, int p_nVal, bool p_bCache) {
 
 bool ISensorController::getParameter(int p_nKey, int& p_nVal) {
     sensordiag::requestMarkerCheck();
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     SNS_DBG("p_nKey(%d)\n", p_nKey);
     u32 nCached = 0;
     if (getKeyValFromCache(static_cast<u32>(m_nCurScheme), static_cast<u32>(p_nKey), nCached) >=
@@ -499,7 +499,7 @@ bool ISensorController::getParameter(int p_nKey, int& p_nVal) {
 }
 
 int ISensorController::notifyToVideo(int p_nKey, int p_nVal) {
-    if (m_pVideoStreamModule == nullptr) {
+    if (m_pVideoStreamModule == nullptr || deferVideoNotice(p_nKey, p_nVal)) {
         return SNS_SUCCESS;
     }
     // The dual-sensor device drives its video module through channel 1.

@@ -2,8 +2,11 @@
 // serves a pending field-of-view request and follows the scheme policy.
 #define SNS_SOURCE_UNIT "ISensorController"
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 #include <vector>
 
 #include "common/SensorDebug.h"
@@ -26,6 +29,32 @@ struct SensorCheckRecord {
     int32_t reply;
 };
 static_assert(sizeof(SensorCheckRecord) == 16, "the diagnostic record is four 32-bit words");
+
+// How often a waiting pass retries the lock, and a held-back host call looks
+// whether the pass got it: both short against a pass's one-second pause.
+constexpr std::chrono::microseconds PASS_LOCK_RETRY{200};
+constexpr std::chrono::microseconds HOST_YIELD{100};
+
+// The channels whose lock the calling thread holds (a host call inside a host
+// call, a pass calling a public operation), innermost last.
+thread_local std::vector<const ISensorController*> t_vecHeld;
+// The channel whose pass runs on the calling thread with the lock held.
+thread_local const ISensorController* t_pPassChannel = nullptr;
+
+bool isHeld(const ISensorController* p_pChannel) {
+    return std::find(t_vecHeld.begin(), t_vecHeld.end(), p_pChannel) != t_vecHeld.end();
+}
+
+void markHeld(const ISensorController* p_pChannel) {
+    t_vecHeld.push_back(p_pChannel);
+}
+
+void unmarkHeld(const ISensorController* p_pChannel) {
+    const auto it = std::find(t_vecHeld.rbegin(), t_vecHeld.rend(), p_pChannel);
+    if (it != t_vecHeld.rend()) {
+        t_vecHeld.erase(std::next(it).base());
+    }
+}
 
 } // namespace
 
@@ -103,22 +132,85 @@ int ISensorController::sensorThread() {
     }
     // A pass is one check of the marker file, like a host call.
     sensordiag::requestMarkerCheck();
-    if (m_nChanneldDosomething == m_nCameraID) {
-        if (m_nPassKeycmd == static_cast<int>(KEY_MIXSTREAM_THERMAL_TO_VISION_SYNC_FOV)) {
-            sync_fov();
-        }
-        m_nChanneldDosomething = NO_MAIL;
-        m_nPassKeycmd = NO_MAIL;
+    // The mailbox is emptied before the request is served, not after: a request
+    // posted while this one is served then stays for the next pass, where
+    // emptying it afterwards would throw it away unserved.
+    int nMailChannel = m_nCameraID;
+    if (m_nChanneldDosomething.compare_exchange_strong(nMailChannel, NO_MAIL) &&
+        m_nPassKeycmd.exchange(NO_MAIL) ==
+            static_cast<int>(KEY_MIXSTREAM_THERMAL_TO_VISION_SYNC_FOV)) {
+        sync_fov();
     }
-    // The scheme logic holds the channel's lock, taken without blocking: while a
-    // host call or a reset holds it, this pass makes no switch and the next pass
-    // retries. No host call can then race a switch of the thread, and a reset
-    // that stops the thread under the lock cannot deadlock.
-    if (m_objMutex.TryLock()) {
+    // The scheme logic holds the channel's lock, so no host call races a switch
+    // of the thread; host calls let a waiting pass go first, so a busy host
+    // cannot postpone a switch. Video notices of the switch wait until the lock
+    // is released (a host video module may wait for another host call).
+    if (lockForPass()) {
+        t_pPassChannel = this;
         runSchemePolicy();
+        t_pPassChannel = nullptr;
+        std::vector<VideoNotice> vecNotices;
+        vecNotices.swap(m_vecPassNotices);
+        unmarkHeld(this);
         m_objMutex.Unlock(SNS_SOURCE_UNIT, __LINE__);
+        sendVideoNotices(vecNotices);
     }
     return 0;
+}
+
+bool ISensorController::lockForPass() {
+    if (!m_objMutex.TryLock()) {
+        m_bPassWaiting = true;
+        bool bLocked = false;
+        // Polled, not blocked on: a reset or uinit stops this thread while it
+        // holds the lock, and the pass must then give way instead of waiting.
+        while (!(bLocked = m_objMutex.TryLock())) {
+            if (hasState(m_bResetting | m_bUniniting)) {
+                break;
+            }
+            std::this_thread::sleep_for(PASS_LOCK_RETRY);
+        }
+        m_bPassWaiting = false;
+        if (!bLocked) {
+            return false;
+        }
+    }
+    markHeld(this);
+    return true;
+}
+
+bool ISensorController::deferVideoNotice(int p_nKey, int p_nVal) {
+    if (t_pPassChannel != this) {
+        return false;
+    }
+    m_vecPassNotices.push_back({p_nKey, p_nVal});
+    return true;
+}
+
+void ISensorController::sendVideoNotices(const std::vector<VideoNotice>& p_vecNotices) {
+    for (const VideoNotice& stNotice : p_vecNotices) {
+        SNS_ASSERT_FOR("sensorThread", SNS_SUCCESS == notifyToVideo(stNotice.nKey, stNotice.nVal),
+                       "key(%d) value(%d)\n", stNotice.nKey, stNotice.nVal);
+    }
+}
+
+ISensorController::HostLock::HostLock(ISensorController& p_objOwner, const char* p_szFile,
+                                      int p_nLine)
+    : m_objOwner(p_objOwner), m_szFile(p_szFile), m_nLine(p_nLine) {
+    // A thread already inside an operation of this channel holds the lock:
+    // waiting for the pass would wait for itself.
+    if (!isHeld(&m_objOwner)) {
+        while (m_objOwner.m_bPassWaiting.load()) {
+            std::this_thread::sleep_for(HOST_YIELD);
+        }
+    }
+    m_objOwner.m_objMutex.Lock(m_szFile, m_nLine);
+    markHeld(&m_objOwner);
+}
+
+ISensorController::HostLock::~HostLock() {
+    unmarkHeld(&m_objOwner);
+    m_objOwner.m_objMutex.Unlock(m_szFile, m_nLine);
 }
 
 int ISensorController::SensorCheck(std::string& p_str) {

@@ -15,7 +15,6 @@
 #include "config/SensorXml.h"
 #include "controller/ISensorController.h"
 #include "platform/StringHandler.h"
-#include "platform/VXMutexManager.h"
 
 namespace {
 
@@ -57,7 +56,7 @@ bool ISensorController::parseSensorParameter(const std::string& p_strText,
 
 int ISensorController::setParameters(const std::string& p_strParameters, bool p_bCache) {
     sensordiag::requestMarkerCheck();
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     SNS_DBG("p_Parameters1111111111(%s)\n", p_strParameters.c_str());
     if (!m_pstKeyValTmp) {
         SNS_WARN("parameters refused: the channel is not initialised\n");
@@ -98,7 +97,7 @@ int ISensorController::getParameters(const std::string& p_strIds, std::string& p
 
 bool ISensorController::getAllParameters(std::string& p_strOut) {
     sensordiag::requestMarkerCheck();
-    VXMutexManager objLock(m_objMutex, SNS_SOURCE_UNIT, __LINE__);
+    HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     if (!m_ppUserKeyVal || m_nCurScheme < 0) {
         return true;
     }

@@ -192,8 +192,9 @@ bool ISensorController::setMirrorMode(int v) {
     if (!stored(*this, KEY_MIRROR, v)) {
         return false;
     }
-    flush();
-    return true;
+    // The mirror is set only once it is on flash: a refused or failed flush
+    // (the file kept its old content) makes the call fail.
+    return flush() == SNS_SUCCESS;
 }
 
 bool ISensorController::setLightType(int v) {

@@ -97,7 +97,23 @@ template <typename Fn> bool IspSimulator::forChannels(int p_nChannel, Fn p_fnApp
 // ---- the ISP call ----
 
 int IspSimulator::ioctrl(int p_nChannel, uint32_t p_nCmd, int p_nOption, void* p_pData) {
+    CallHook fnHook;
+    const int nResult = ioctrlLocked(p_nChannel, p_nCmd, p_nOption, p_pData, fnHook);
+    if (fnHook) {
+        fnHook(p_nChannel, p_nCmd, p_nOption);
+    }
+    return nResult;
+}
+
+void IspSimulator::setCallHook(CallHook p_fnHook) {
     std::lock_guard<std::mutex> objLock(m_objMutex);
+    m_fnCallHook = std::move(p_fnHook);
+}
+
+int IspSimulator::ioctrlLocked(int p_nChannel, uint32_t p_nCmd, int p_nOption, void* p_pData,
+                               CallHook& p_fnHook) {
+    std::lock_guard<std::mutex> objLock(m_objMutex);
+    p_fnHook = m_fnCallHook;
     LogEntry stEntry{p_nChannel, p_nCmd, p_nOption, 0, {}, ERR_INVALID};
     // A call with no data, an unknown option or a channel the sensor lacks is
     // refused before anything is read through the pointer.
@@ -272,6 +288,7 @@ void IspSimulator::resetLocked() {
     m_vecFailures.clear();
     m_deqLog.clear();
     m_bLogEnabled = true;
+    m_fnCallHook = nullptr;
 }
 
 void IspSimulator::reset() {

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -90,6 +91,12 @@ public:
     void clearLog();
     void enableLog(bool p_bEnable);
 
+    // Called after every call (channel, command, option), on the caller's
+    // thread and outside the simulator's lock, so that a test can act in the
+    // middle of an operation of the module; empty removes it.
+    using CallHook = std::function<void(int, uint32_t, int)>;
+    void setCallHook(CallHook p_fnHook);
+
 private:
     struct ChannelState {
         std::unordered_map<uint32_t, int32_t> values;
@@ -130,6 +137,8 @@ private:
     void resetChannel(int p_nChannel);
     static void followLight(ChannelState& p_stChannel);
 
+    int ioctrlLocked(int p_nChannel, uint32_t p_nCmd, int p_nOption, void* p_pData,
+                     CallHook& p_fnHook);
     int dispatch(ChannelState& p_stChannel, uint32_t p_nCmd, int p_nOption, void* p_pData);
     int doSet(ChannelState& p_stChannel, uint32_t p_nCmd, const void* p_pData);
     int doGet(ChannelState& p_stChannel, uint32_t p_nCmd, void* p_pData) const;
@@ -144,4 +153,5 @@ private:
     std::vector<FailRule> m_vecFailures;
     std::deque<LogEntry> m_deqLog;
     bool m_bLogEnabled = true;
+    CallHook m_fnCallHook;
 };

@@ -2,11 +2,14 @@
 
 #include "platform/DeviceRoot.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,6 +20,48 @@ static_assert(kModeReplace == 66, "the module opens parameter files for writing 
 
 // Largest single transfer whose byte count still fits the int result.
 constexpr unsigned int kMaxTransfer = INT_MAX;
+
+// Bytes replace-opens may still write (negative: unlimited); see setWriteBudget.
+std::atomic<INT64> g_nWriteBudget{-1};
+std::atomic<bool> g_bReadOnly{false}; // see setReadOnly
+
+// Takes up to p_nWant bytes from the write budget; what may be written.
+std::size_t takeFromBudget(std::size_t p_nWant) {
+    INT64 nLeft = g_nWriteBudget.load();
+    INT64 nTake = 0;
+    do {
+        if (nLeft < 0) {
+            return p_nWant;
+        }
+        nTake = std::min<INT64>(nLeft, static_cast<INT64>(p_nWant));
+    } while (!g_nWriteBudget.compare_exchange_weak(nLeft, nLeft - nTake));
+    return static_cast<std::size_t>(nTake);
+}
+
+// The temporary name of a replacement of base: "." base ".tmp" and six
+// characters of mkostemp.
+constexpr const char* kTmpInfix = ".tmp";
+constexpr std::size_t kTmpUnique = 6;
+
+bool isTemporaryOf(const std::string& p_strEntry, const std::string& p_strBase) {
+    const std::string strPrefix = "." + p_strBase + kTmpInfix;
+    return p_strEntry.size() == strPrefix.size() + kTmpUnique &&
+           p_strEntry.compare(0, strPrefix.size(), strPrefix) == 0;
+}
+
+// A writer holds an exclusive lock on its temporary file until it renames or
+// removes it; the lock dies with the writer. So a temporary whose lock can be
+// taken belongs to nobody and goes.
+bool removeIfAbandoned(const std::string& p_strPath) {
+    const int fd = ::open(p_strPath.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    if (fd < 0) {
+        return false;
+    }
+    const bool bAbandoned = ::flock(fd, LOCK_EX | LOCK_NB) == 0;
+    const bool bRemoved = bAbandoned && ::unlink(p_strPath.c_str()) == 0;
+    ::close(fd);
+    return bRemoved;
+}
 
 std::string parentDir(const std::string& path) {
     const std::string::size_type slash = path.find_last_of('/');
@@ -103,16 +148,22 @@ bool VXFile::openForRead(const std::string& hostPath) {
 }
 
 bool VXFile::openForReplace(const std::string& hostPath) {
+    if (g_bReadOnly) {
+        errno = EROFS;
+        return false;
+    }
     const std::string dir = parentDir(hostPath);
     std::error_code ec;
     std::filesystem::create_directories(dir, ec);
     // A hidden name keeps a leftover temporary file (writer killed before
     // close) out of the module's "sensor1_*.cfg" style patterns.
-    std::string tmpl = dir + "/." + baseName(hostPath) + ".tmpXXXXXX";
+    std::string tmpl = dir + "/." + baseName(hostPath) + kTmpInfix + "XXXXXX";
     const int fd = ::mkostemp(tmpl.data(), O_CLOEXEC);
     if (fd < 0) {
         return false;
     }
+    // Held until the rename: marks the temporary as in use for removeLeftovers.
+    ::flock(fd, LOCK_EX);
     // mkostemp creates 0600; the replacement keeps the target's permissions,
     // or gets the usual 0644 for a new file.
     struct stat st {};
@@ -126,6 +177,7 @@ bool VXFile::openForReplace(const std::string& hostPath) {
     }
     m_bWriting = true;
     m_nWritten = 0;
+    m_bWriteFailed = false;
     m_strTarget = hostPath;
     m_strTmpPath = tmpl;
     return true;
@@ -144,8 +196,14 @@ int VXFile::write(const char* buf, unsigned int n) {
         return -1;
     }
     const std::size_t want = n > kMaxTransfer ? kMaxTransfer : n;
-    const std::size_t done = std::fwrite(buf, 1, want, m_pFile);
+    const std::size_t allowed = takeFromBudget(want);
+    const std::size_t done = allowed > 0 ? std::fwrite(buf, 1, allowed, m_pFile) : 0;
     m_nWritten += static_cast<INT64>(done);
+    // A short write (full flash, I/O error) spoils the whole replacement:
+    // commit refuses it even if the caller goes on to close.
+    if (done != want || std::ferror(m_pFile) != 0) {
+        m_bWriteFailed = true;
+    }
     return static_cast<int>(done);
 }
 
@@ -161,7 +219,12 @@ bool VXFile::close() {
 }
 
 bool VXFile::commit() {
-    const bool flushed = std::fflush(m_pFile) == 0 && ::fsync(fileno(m_pFile)) == 0;
+    // The stream's error state covers a failed write the buffer hid so far.
+    const bool flushed = !m_bWriteFailed && std::fflush(m_pFile) == 0 &&
+                         std::ferror(m_pFile) == 0 && ::fsync(fileno(m_pFile)) == 0;
+    // A second descriptor keeps the temporary's lock past fclose until the
+    // rename, so removeLeftovers never takes it in between.
+    const int nLockFd = ::dup(fileno(m_pFile));
     const bool closed = std::fclose(m_pFile) == 0;
     m_pFile = nullptr;
     m_bWriting = false;
@@ -171,9 +234,13 @@ bool VXFile::commit() {
     } else {
         ::unlink(m_strTmpPath.c_str());
     }
+    if (nLockFd >= 0) {
+        ::close(nLockFd);
+    }
     m_strTarget.clear();
     m_strTmpPath.clear();
     m_nWritten = 0;
+    m_bWriteFailed = false;
     return ok;
 }
 
@@ -191,6 +258,35 @@ void VXFile::discard() {
     m_strTarget.clear();
     m_strTmpPath.clear();
     m_nWritten = 0;
+    m_bWriteFailed = false;
+}
+
+int VXFile::removeLeftovers(const char* name) {
+    if (name == nullptr || *name == '\0') {
+        return 0;
+    }
+    const std::string hostPath = DeviceRoot::resolve(name);
+    const std::string dir = parentDir(hostPath);
+    const std::string base = baseName(hostPath);
+    int removed = 0;
+    std::error_code ec;
+    // Stepped with error codes: a directory that vanishes midway ends the walk
+    // instead of throwing.
+    for (std::filesystem::directory_iterator it(dir, ec), end; !ec && it != end; it.increment(ec)) {
+        const std::string entryName = it->path().filename().string();
+        if (isTemporaryOf(entryName, base) && removeIfAbandoned(it->path().string())) {
+            ++removed;
+        }
+    }
+    return removed;
+}
+
+void VXFile::setWriteBudget(INT64 p_nBytes) {
+    g_nWriteBudget = p_nBytes;
+}
+
+void VXFile::setReadOnly(bool p_bReadOnly) {
+    g_bReadOnly = p_bReadOnly;
 }
 
 INT64 VXFile::getLength() const {

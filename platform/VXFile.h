@@ -4,6 +4,8 @@
 // a temporary file beside it, which close() (or destruction) flushes, syncs and
 // renames over the target. A reader therefore sees the old content or the new,
 // never a mix or a truncated file, whatever happens to the writer in between.
+// A write that comes back short, or a stream in error, makes close() refuse
+// the commit: the target then keeps its old content and no temporary is left.
 #pragma once
 
 #include "common/SensorTypes.h"
@@ -41,6 +43,17 @@ public:
     // after a short write, so a full disk never replaces a good file.
     void discard();
 
+    // Removes the temporary files that write-truncate opens of name left
+    // behind when their writer died before close (a power cut, a kill).
+    // Temporaries of a writer still at work are kept. The number removed.
+    static int removeLeftovers(const char* name);
+    // Test hook standing for a filling flash: write-truncate opens of this
+    // process may write p_nBytes more bytes in all, then every write comes
+    // back short. Negative: no limit (the default).
+    static void setWriteBudget(INT64 p_nBytes);
+    // Test hook standing for read-only flash: write-truncate opens fail.
+    static void setReadOnly(bool p_bReadOnly);
+
 private:
     bool openForRead(const std::string& hostPath);
     bool openForReplace(const std::string& hostPath);
@@ -49,6 +62,7 @@ private:
     FILE* m_pFile = nullptr;
     bool m_bWriting = false;
     INT64 m_nWritten = 0;
-    std::string m_strTarget;  // host path being replaced (write-truncate only)
-    std::string m_strTmpPath; // temporary file beside it
+    bool m_bWriteFailed = false; // a write came back short: the commit is refused
+    std::string m_strTarget;     // host path being replaced (write-truncate only)
+    std::string m_strTmpPath;    // temporary file beside it
 };

@@ -1,5 +1,6 @@
 #include "tools/FlashView.h"
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -28,7 +29,14 @@ std::string schemeFilePath(const ISensorController& p_objController, int p_nSche
 }
 
 bool readSchemeFile(const std::string& p_strDevicePath, std::vector<KeyVal>& p_vecSet) {
-    std::ifstream objFile(DeviceRoot::resolve(p_strDevicePath), std::ios::binary);
+    // Only a regular file is read: a directory in the file's place would make
+    // the stream throw.
+    const std::string strHostPath = DeviceRoot::resolve(p_strDevicePath);
+    std::error_code ec;
+    if (!std::filesystem::is_regular_file(strHostPath, ec)) {
+        return false;
+    }
+    std::ifstream objFile(strHostPath, std::ios::binary);
     if (!objFile) {
         return false;
     }

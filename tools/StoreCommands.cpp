@@ -189,7 +189,12 @@ bool cmdReset(Session& p_objSession, const CommandLine&) {
     const bool bDone = showWhatChanges(p_objSession, [&p_objSession] {
         // The reset runs init again, whose first pass would pause a second.
         ToolClock::QuickHostWaits objQuick(p_objSession.clock());
-        p_objSession.controller().resetParameters();
+        if (!p_objSession.controller().resetParameters()) {
+            complain("channel %d reset to factory settings, but its files could not all be "
+                     "written anew: flash may still hold old values",
+                     p_objSession.channelNumber());
+            return false;
+        }
         say("  channel %d reset to factory settings: its scheme files were removed and "
             "written anew",
             p_objSession.channelNumber());

@@ -11,6 +11,7 @@ namespace configtest {
 namespace {
 
 TEST(DetailFieldTest, ValuesAreFoundCutAndNeverOverrun) {
+    sensortest::TempDeviceRoot objRoot; // the cut values are reported to the error log
     u32 nVal = 99;
     EXPECT_EQ(getDetailFieldTou32("(max_scheme=2)(isInfrared=17)", "isInfrared", &nVal), 0);
     EXPECT_EQ(nVal, 17u);

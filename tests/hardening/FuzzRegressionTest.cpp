@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "HardeningChannel.h"
+#include "config/SensorKeyVal.h"
 #include "config/SensorXml.h"
 #include "platform/ModuleConfigureParser.h"
 
@@ -82,6 +83,20 @@ TEST(FuzzRegressionTest, AModuleConfigurationEndingInsideAUtf8CharacterIsRefused
     EXPECT_FALSE(
         ModuleConfigureParser::parse(ModuleConfigureParser::kDevicePath, "M", "C", vecModules));
     EXPECT_TRUE(vecModules.empty());
+}
+
+// A group lacking a number is skipped whole: "(34,)" once read as key 34 with
+// whatever value came before, which then reached the ISP and the scheme set.
+TEST(FuzzRegressionTest, GroupsLackingANumberAreSkippedAndTheRestRead) {
+    for (const char* szText : {"(34,)(35,2)", "(,7)(35,2)", "(34 5)(35,2)", "(x,1)(35,2)(36,",
+                               "34,5)(35,2)", "(34,)(35,2)()"}) {
+        std::vector<KeyVal> vecOut(4, KeyVal{99, 99});
+        u32 nCount = 9;
+        EXPECT_EQ(SNS_SUCCESS, keyval_str2st(szText, vecOut.data(), &nCount, 4)) << szText;
+        ASSERT_EQ(1u, nCount) << szText;
+        EXPECT_EQ(35u, vecOut[0].key) << szText;
+        EXPECT_EQ(2u, vecOut[0].value) << szText;
+    }
 }
 
 } // namespace

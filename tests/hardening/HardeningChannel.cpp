@@ -44,7 +44,7 @@ SampleDevice::~SampleDevice() {
     isp().loadDefaultProfile();
 }
 
-ISensorController& SampleDevice::bringUp(int p_nChannel) {
+ISensorController& SampleDevice::bringUp(int p_nChannel, const VideoStreamModule* p_pVideo) {
     MachineInfo objMachine;
     SystemInfoParser::parseMachineInfo("/mnt/mtd/code/factory_setting/machineinfo.ini", objMachine);
     std::vector<ModuleConfigure> vecModules;
@@ -57,7 +57,7 @@ ISensorController& SampleDevice::bringUp(int p_nChannel) {
 
     auto pChannel = std::make_unique<ISensorController>();
     pChannel->setChannelID(p_nChannel);
-    pChannel->setVideoStreamModule(&m_objVideo);
+    pChannel->setVideoStreamModule(p_pVideo != nullptr ? p_pVideo : &m_objVideo);
     pChannel->init(objModule);
     m_vecChannels.push_back(std::move(pChannel));
     return *m_vecChannels.back();

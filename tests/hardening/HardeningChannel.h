@@ -32,9 +32,11 @@ public:
     SampleDevice(const SampleDevice&) = delete;
     SampleDevice& operator=(const SampleDevice&) = delete;
 
-    // Construct, channel, video module, init: the channel's thread runs.
-    ISensorController& bringUp(int p_nChannel);
+    // Construct, channel, video module (this device's own unless one is
+    // given), init: the channel's thread runs.
+    ISensorController& bringUp(int p_nChannel, const VideoStreamModule* p_pVideo = nullptr);
     const TempDeviceRoot& root() const { return m_objRoot; }
+    VirtualClock& clock() const { return *m_pClock; }
     IspSimulator& isp() const { return IspSimulator::instance(); }
 
 private:

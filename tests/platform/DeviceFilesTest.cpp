@@ -236,6 +236,35 @@ TEST(VXFile, ReplacementIsAllOrNothing) {
     EXPECT_EQ(1, filesIn(dir)) << "leftover temporaries stay out of parameter-file patterns";
 }
 
+TEST(VXFile, AWriteCutShortOrRefusedNeverReplacesTheFile) {
+    TempDeviceRoot root;
+    const std::string dir = root.hostPath("/mnt/mtd/code/config_file");
+    root.writeFile(kCfg, "OLD");
+    for (const INT64 budget : {0, 3}) { // flash full at once, or in the middle
+        VXFile::setWriteBudget(budget);
+        VXFile file;
+        ASSERT_TRUE(file.open(kCfg, VXFile::modeWrite | VXFile::modeTruncate));
+        EXPECT_EQ(budget, file.write("NEWER", 5));
+        EXPECT_FALSE(file.close()) << "the commit is refused, even if the caller closes";
+        EXPECT_EQ("OLD", root.readFile(kCfg));
+        EXPECT_EQ(1, filesIn(dir, true)) << "no temporary left";
+    }
+    VXFile::setWriteBudget(-1);
+    VXFile::setReadOnly(true);
+    EXPECT_FALSE(VXFile().open(kCfg, VXFile::modeWrite | VXFile::modeTruncate));
+    VXFile::setReadOnly(false);
+
+    // A killed writer's temporary goes; one of a writer at work stays.
+    EXPECT_TRUE(WIFSIGNALED(writerDiesBeforeClose(true)));
+    VXFile live;
+    ASSERT_TRUE(live.open(kCfg, VXFile::modeWrite | VXFile::modeTruncate));
+    EXPECT_EQ(3, filesIn(dir, true));
+    EXPECT_EQ(1, VXFile::removeLeftovers(kCfg));
+    EXPECT_EQ(2, filesIn(dir, true));
+    EXPECT_TRUE(live.close());
+    EXPECT_EQ("", root.readFile(kCfg));
+}
+
 TEST(VXFile, ReadsLinesWithEitherEnding) {
     TempDeviceRoot root;
     root.writeFile("/tmp/Debug.sign", "6\r\n1\n\nlast");

@@ -2,6 +2,9 @@
 
 #include "platform/DeviceRoot.h"
 
+#include <gtest/gtest.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -22,14 +25,94 @@ namespace {
 std::mutex g_outerMutex;
 std::map<std::string, std::string> g_outerRoots;
 
-std::string makeTempDir() {
-    const char* tmp = std::getenv("TMPDIR");
-    std::string tmpl = std::string(tmp && *tmp ? tmp : "/tmp") + "/sensor-root-XXXXXX";
+constexpr const char* kScratchEnv = "SENSOR_TEST_SCRATCH";
+constexpr const char* kRootEnv = "SENSOR_DEVICE_ROOT";
+
+std::string makeDir(const std::string& p_strParent, const char* p_szPrefix) {
+    std::string tmpl = p_strParent + "/" + p_szPrefix + "XXXXXX";
     if (::mkdtemp(tmpl.data()) == nullptr) {
         throw std::runtime_error("TempDeviceRoot: cannot create " + tmpl);
     }
     return fs::canonical(tmpl).string();
 }
+
+// One directory per test process holds every temporary root, and goes when the
+// process ends. A child that re-runs a test (a death test) inherits it through
+// the environment and leaves its roots there, so a child that aborts leaves
+// nothing behind either.
+class Scratch {
+public:
+    Scratch() : m_nOwner(::getpid()) {
+        const char* szInherited = std::getenv(kScratchEnv);
+        if (szInherited != nullptr && *szInherited != '\0' && fs::is_directory(szInherited)) {
+            m_strPath = szInherited;
+            return;
+        }
+        const char* tmp = std::getenv("TMPDIR");
+        m_strPath = makeDir(tmp && *tmp ? tmp : "/tmp", "sensor-tests-");
+        ::setenv(kScratchEnv, m_strPath.c_str(), 1);
+        m_bOwned = true;
+    }
+    ~Scratch() {
+        // Forked children share the object; only the creator removes.
+        if (m_bOwned && ::getpid() == m_nOwner) {
+            std::error_code ec;
+            fs::remove_all(m_strPath, ec);
+        }
+    }
+    const std::string& path() const { return m_strPath; }
+
+private:
+    std::string m_strPath;
+    pid_t m_nOwner;
+    bool m_bOwned = false;
+};
+
+Scratch& scratch() {
+    static Scratch s_objScratch;
+    return s_objScratch;
+}
+
+std::string makeTempDir() {
+    return makeDir(scratch().path(), "sensor-root-");
+}
+
+// A test that forgets its temporary root would write the camera's real paths
+// (/mnt/mtd/log/SensorError.log, ...): the whole run gets a catch-all root in
+// the scratch directory instead, and the run fails if anything lands there.
+class UnrootedWritesCheck : public ::testing::Environment {
+public:
+    void SetUp() override {
+        m_strPath = scratch().path() + "/unrooted";
+        fs::create_directories(m_strPath);
+        const char* szRoot = std::getenv(kRootEnv);
+        m_bInstalled = szRoot == nullptr || *szRoot == '\0';
+        if (m_bInstalled) {
+            ::setenv(kRootEnv, m_strPath.c_str(), 1);
+        }
+    }
+    void TearDown() override {
+        if (!m_bInstalled) {
+            return;
+        }
+        ::unsetenv(kRootEnv);
+        std::error_code ec;
+        for (auto it = fs::recursive_directory_iterator(m_strPath, ec);
+             !ec && it != fs::recursive_directory_iterator(); it.increment(ec)) {
+            if (!it->is_directory()) {
+                ADD_FAILURE() << "a test wrote outside its temporary root: "
+                              << it->path().string().substr(m_strPath.size());
+            }
+        }
+    }
+
+private:
+    std::string m_strPath;
+    bool m_bInstalled = false;
+};
+
+[[maybe_unused]] ::testing::Environment* const g_pUnrootedWritesCheck =
+    ::testing::AddGlobalTestEnvironment(new UnrootedWritesCheck);
 
 } // namespace
 
