@@ -1,12 +1,11 @@
 #include "platform/ModuleConfigureParser.h"
 
-#include "platform/DeviceRoot.h"
+#include "platform/FileReader.h"
+#include "platform/InputLimits.h"
 #include "platform/StringHandler.h"
 #include "platform/XmlText.h"
 
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <tinyxml.h>
 
 namespace {
@@ -28,16 +27,13 @@ bool ModuleConfigureParser::parse(const std::string& devicePath, const std::stri
                                   const std::string& hardwareCode,
                                   std::vector<ModuleConfigure>& out) {
     out.clear();
-    std::ifstream file(DeviceRoot::resolve(devicePath), std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    if (!file) {
+    std::string content;
+    if (readDeviceFile(devicePath, inputcap::MODULE_CONFIG_MAX, content) != ReadStatus::Ok) {
         return false;
     }
-    const std::string content = text.str();
     TiXmlDocument doc;
-    parseXmlText(doc, content.c_str(), content.size(), TIXML_DEFAULT_ENCODING);
-    if (doc.Error()) {
+    if (!parseXmlText(doc, content.c_str(), content.size(), TIXML_DEFAULT_ENCODING) ||
+        doc.Error()) {
         return false;
     }
     const TiXmlElement* root = doc.RootElement();
