@@ -612,7 +612,7 @@ bool loadProfileFile(const std::string& p_strPath, IspProfile& p_stProfile,
     std::string strText;
     const ReadStatus eStatus = readHostFile(p_strPath, inputcap::ISP_PROFILE_MAX, strText);
     if (eStatus != ReadStatus::Ok) {
-        p_strError = "cannot read profile \"" + p_strPath +
+        p_strError = "cannot open profile \"" + p_strPath +
                      "\": " + describeRead(eStatus, inputcap::ISP_PROFILE_MAX);
         return false;
     }
