@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <climits>
 #include <cassert>
+#include <climits>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>

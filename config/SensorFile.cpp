@@ -63,6 +63,10 @@ int loadFromFile(const char* file_name, char* data, INT64 file_len) {
     SNS_DBG("open file:%s\n", file_name);
     VXFile file;
     if (!file.open(file_name)) {
+        // A missing file is the caller's to report; a FIFO or device is not.
+        const std::string strWhy = refusal(file_name);
+        SNS_ASSERT_TEXT(strWhy.empty(), "file.open(file_name)", "file_name(%s)%s\n", file_name,
+                        strWhy.c_str());
         return -1;
     }
     if (data == nullptr || !fitsOneTransfer(file_len)) {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "controller/ISensorController.h"
 #include "common/SensorDebug.h"
+#include "controller/ISensorController.h"
 #include "platform/FileReader.h"
 #include "platform/InputLimits.h"
 
@@ -35,10 +35,10 @@ std::vector<std::string> readCalibrationLines() {
     std::string strText;
     const ReadStatus eStatus =
         readDeviceFile(FOV_CALIBRATION_FILE, inputcap::CALIBRATION_FILE_MAX, strText);
-    if (eStatus != ReadStatus::Ok && eStatus != ReadStatus::Missing) {
-        SNS_WARN("%s refused: %s\n", FOV_CALIBRATION_FILE,
-                 describeRead(eStatus, inputcap::CALIBRATION_FILE_MAX).c_str());
-    }
+    SNS_ASSERT_TEXT(eStatus == ReadStatus::Ok || eStatus == ReadStatus::Missing,
+                    "readDeviceFile(FOV_CALIBRATION_FILE, CALIBRATION_FILE_MAX)",
+                    "%s refused: %s\n", FOV_CALIBRATION_FILE,
+                    describeRead(eStatus, inputcap::CALIBRATION_FILE_MAX).c_str());
     std::vector<std::string> vecLines;
     std::string::size_type nPos = 0;
     while (nPos < strText.size()) {

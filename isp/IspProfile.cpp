@@ -581,8 +581,8 @@ IspChannelProfile IspProfile::forChannel(int p_nChannel) const {
 bool parseProfile(const std::string& p_strXml, IspProfile& p_stProfile, std::string& p_strError) {
     TiXmlDocument objDoc;
     if (!parseXmlText(objDoc, p_strXml.c_str(), p_strXml.size(), TIXML_ENCODING_UTF8)) {
-        p_strError = "elements nested deeper than " + std::to_string(inputcap::XML_DEPTH_MAX) +
-                     " levels";
+        p_strError =
+            "elements nested deeper than " + std::to_string(inputcap::XML_DEPTH_MAX) + " levels";
         return false;
     }
     if (objDoc.Error()) {

@@ -95,8 +95,8 @@ int openRegularFile(const std::string& p_strHostPath, ReadStatus& p_eStatus) {
     return nFd;
 }
 
-ReadStatus readHostFile(const std::string& p_strHostPath, std::size_t p_nCap,
-                        std::string& p_strOut, Oversize p_eOversize) {
+ReadStatus readHostFile(const std::string& p_strHostPath, std::size_t p_nCap, std::string& p_strOut,
+                        Oversize p_eOversize) {
     p_strOut.clear();
     ReadStatus eStatus = ReadStatus::Ok;
     const Descriptor objFd(openRegularFile(p_strHostPath, eStatus));

@@ -30,8 +30,8 @@ enum class Oversize {
 int openRegularFile(const std::string& p_strHostPath, ReadStatus& p_eStatus);
 
 // Reads at most p_nCap bytes of a regular file into p_strOut (cleared first).
-ReadStatus readHostFile(const std::string& p_strHostPath, std::size_t p_nCap,
-                        std::string& p_strOut, Oversize p_eOversize = Oversize::Refuse);
+ReadStatus readHostFile(const std::string& p_strHostPath, std::size_t p_nCap, std::string& p_strOut,
+                        Oversize p_eOversize = Oversize::Refuse);
 // The same for a device path (resolved through the device root).
 ReadStatus readDeviceFile(const std::string& p_strDevicePath, std::size_t p_nCap,
                           std::string& p_strOut, Oversize p_eOversize = Oversize::Refuse);

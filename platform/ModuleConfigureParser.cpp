@@ -25,15 +25,25 @@ bool matches(const TiXmlElement& module, const std::string& model, const std::st
 
 bool ModuleConfigureParser::parse(const std::string& devicePath, const std::string& hardwareModel,
                                   const std::string& hardwareCode,
-                                  std::vector<ModuleConfigure>& out) {
+                                  std::vector<ModuleConfigure>& out, std::string* why) {
     out.clear();
+    std::string whyNot;
+    std::string& reason = why != nullptr ? *why : whyNot;
+    reason.clear();
     std::string content;
-    if (readDeviceFile(devicePath, inputcap::MODULE_CONFIG_MAX, content) != ReadStatus::Ok) {
+    const ReadStatus status = readDeviceFile(devicePath, inputcap::MODULE_CONFIG_MAX, content);
+    if (status != ReadStatus::Ok) {
+        reason = describeRead(status, inputcap::MODULE_CONFIG_MAX);
         return false;
     }
     TiXmlDocument doc;
-    if (!parseXmlText(doc, content.c_str(), content.size(), TIXML_DEFAULT_ENCODING) ||
-        doc.Error()) {
+    if (!parseXmlText(doc, content.c_str(), content.size(), TIXML_DEFAULT_ENCODING)) {
+        reason =
+            "elements nested deeper than " + std::to_string(inputcap::XML_DEPTH_MAX) + " levels";
+        return false;
+    }
+    if (doc.Error()) {
+        reason = std::string("XML error: ") + doc.ErrorDesc();
         return false;
     }
     const TiXmlElement* root = doc.RootElement();

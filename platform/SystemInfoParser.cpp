@@ -45,9 +45,10 @@ bool SystemInfoParser::parseMachineInfo(const std::string& devicePath, MachineIn
     // The INI parser gets the text, never the file: a FIFO, a device or an
     // endless file is refused before it, and it sees at most the cap.
     std::string text;
-    const bool read = readDeviceFile(devicePath, inputcap::MACHINE_INFO_MAX, text) == ReadStatus::Ok;
-    const bool ok = read && ini_parse_string(text.c_str(), onEntry, &device) == 0 && device.hasType &&
-                    !device.badType && device.hasModel && device.hasCode;
+    const bool read =
+        readDeviceFile(devicePath, inputcap::MACHINE_INFO_MAX, text) == ReadStatus::Ok;
+    const bool ok = read && ini_parse_string(text.c_str(), onEntry, &device) == 0 &&
+                    device.hasType && !device.badType && device.hasModel && device.hasCode;
     info = ok ? device.info : MachineInfo();
     return ok;
 }

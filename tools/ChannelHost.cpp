@@ -26,13 +26,14 @@ bool ChannelHost::bringUp(ToolClock& p_objClock, std::string& p_strError) {
         return false;
     }
     std::vector<ModuleConfigure> vecModules;
+    std::string strWhy;
     if (!ModuleConfigureParser::parse(ModuleConfigureParser::kDevicePath,
                                       m_objMachine.getHardwareModel(),
-                                      m_objMachine.getHardwareCode(), vecModules)) {
+                                      m_objMachine.getHardwareCode(), vecModules, &strWhy)) {
         p_strError = std::string("no module in ") + ModuleConfigureParser::kDevicePath +
-                     reason(ModuleConfigureParser::kDevicePath) + " matches hardware model '" +
-                     m_objMachine.getHardwareModel() + "' and code '" +
-                     m_objMachine.getHardwareCode() + "'";
+                     (strWhy.empty() ? std::string() : " (" + strWhy + ")") +
+                     " matches hardware model '" + m_objMachine.getHardwareModel() +
+                     "' and code '" + m_objMachine.getHardwareCode() + "'";
         return false;
     }
     if (vecModules.size() > MAX_CHANNELS) {

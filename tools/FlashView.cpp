@@ -28,13 +28,11 @@ std::string schemeFilePath(const ISensorController& p_objController, int p_nSche
 bool readSchemeFile(const std::string& p_strDevicePath, std::vector<KeyVal>& p_vecSet,
                     std::string* p_pWhy) {
     std::string strBytes;
-    const ReadStatus eStatus =
-        readDeviceFile(p_strDevicePath, inputcap::SCHEME_FILE_MAX, strBytes);
+    const ReadStatus eStatus = readDeviceFile(p_strDevicePath, inputcap::SCHEME_FILE_MAX, strBytes);
     if (eStatus != ReadStatus::Ok || strBytes.size() < KEYVAL_FILE_RECORD) {
         if (p_pWhy != nullptr) {
-            *p_pWhy = eStatus != ReadStatus::Ok
-                          ? describeRead(eStatus, inputcap::SCHEME_FILE_MAX)
-                          : std::string("holds no whole record");
+            *p_pWhy = eStatus != ReadStatus::Ok ? describeRead(eStatus, inputcap::SCHEME_FILE_MAX)
+                                                : std::string("holds no whole record");
         }
         return false;
     }
