@@ -54,7 +54,9 @@ std::string refusal(const char* p_szName) {
 INT64 getFileLen(const char* file_name) {
     file_name = printableName(file_name);
     VXFile file;
-    SNS_ASSERT(file.open(file_name), "file_name(%s)%s", file_name, refusal(file_name).c_str());
+    const bool bOpened = file.open(file_name);
+    SNS_ASSERT_TEXT(bOpened, "file.open(file_name)", "file_name(%s)%s", file_name,
+                    bOpened ? "" : refusal(file_name).c_str());
     return file.getLength();
 }
 
@@ -110,7 +112,9 @@ int saveToFile(const char* file_name, const char* data, INT64 file_len) {
 int keyValFromFile(const char* file_name, KeyVal* p_pKeyVal, u32 p_nKeyValNum) {
     file_name = printableName(file_name);
     VXFile file;
-    SNS_ASSERT(file.open(file_name), "file_name(%s)%s\n", file_name, refusal(file_name).c_str());
+    const bool bOpened = file.open(file_name);
+    SNS_ASSERT_TEXT(bOpened, "file.open(file_name)", "file_name(%s)%s\n", file_name,
+                    bOpened ? "" : refusal(file_name).c_str());
 
     const INT64 nWant = static_cast<INT64>(KEYVAL_FILE_RECORD) * p_nKeyValNum;
     // Longer than the set plus the slack: not a scheme file of this module.

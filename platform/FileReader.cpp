@@ -74,7 +74,9 @@ bool readUpTo(int p_nFd, std::size_t p_nMax, std::string& p_strOut) {
 
 } // namespace
 
-int openRegularFile(const std::string& p_strHostPath, ReadStatus& p_eStatus) {
+int openRegularFile(const std::string& p_strHostPath, ReadStatus& p_eStatus, std::size_t* p_pSize) {
+    // O_NONBLOCK keeps the open of a FIFO from waiting for a writer; on the
+    // regular file that is kept it changes nothing.
     const int nFd = ::open(p_strHostPath.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (nFd < 0) {
         p_eStatus = statusOfErrno(errno);
@@ -88,9 +90,8 @@ int openRegularFile(const std::string& p_strHostPath, ReadStatus& p_eStatus) {
         ::close(nFd);
         return -1;
     }
-    const int nFlags = ::fcntl(nFd, F_GETFL);
-    if (nFlags >= 0) {
-        ::fcntl(nFd, F_SETFL, nFlags & ~O_NONBLOCK);
+    if (p_pSize != nullptr) {
+        *p_pSize = static_cast<std::size_t>(st.st_size);
     }
     return nFd;
 }
@@ -99,22 +100,19 @@ ReadStatus readHostFile(const std::string& p_strHostPath, std::size_t p_nCap, st
                         Oversize p_eOversize) {
     p_strOut.clear();
     ReadStatus eStatus = ReadStatus::Ok;
-    const Descriptor objFd(openRegularFile(p_strHostPath, eStatus));
+    std::size_t nSize = 0;
+    const Descriptor objFd(openRegularFile(p_strHostPath, eStatus, &nSize));
     if (objFd.get() < 0) {
         return eStatus;
     }
-    struct stat st {};
-    if (::fstat(objFd.get(), &st) != 0) {
-        return ReadStatus::Unreadable;
-    }
     const bool bRefuse = p_eOversize == Oversize::Refuse;
-    if (bRefuse && static_cast<std::size_t>(st.st_size) > p_nCap) {
+    if (bRefuse && nSize > p_nCap) {
         return ReadStatus::TooLarge;
     }
     // One byte past the cap tells a file that grew since fstat from one that
     // ends at the cap.
     const std::size_t nMax = bRefuse ? p_nCap + 1 : p_nCap;
-    p_strOut.reserve(std::min(static_cast<std::size_t>(st.st_size), nMax));
+    p_strOut.reserve(std::min(nSize, nMax));
     if (!readUpTo(objFd.get(), nMax, p_strOut)) {
         p_strOut.clear();
         return ReadStatus::Unreadable;

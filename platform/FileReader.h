@@ -25,9 +25,10 @@ enum class Oversize {
 
 // Opens a host path for reading without blocking (a FIFO without a writer
 // would hang a blocking open) and keeps the descriptor only for a regular
-// file. Returns the descriptor (close-on-exec, blocking again), or -1 with
-// the reason in p_eStatus.
-int openRegularFile(const std::string& p_strHostPath, ReadStatus& p_eStatus);
+// file. Returns the descriptor (close-on-exec) and its size in *p_pSize when
+// given, or -1 with the reason in p_eStatus.
+int openRegularFile(const std::string& p_strHostPath, ReadStatus& p_eStatus,
+                    std::size_t* p_pSize = nullptr);
 
 // Reads at most p_nCap bytes of a regular file into p_strOut (cleared first).
 ReadStatus readHostFile(const std::string& p_strHostPath, std::size_t p_nCap, std::string& p_strOut,
