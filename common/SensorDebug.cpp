@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/DeviceRoot.h"
 #include "platform/FileReader.h"
 #include "platform/InputLimits.h"
 #include "platform/VXLogger.h"

@@ -40,9 +40,10 @@
 //   level falls to nightThreshold or below, day when it rises to dayThreshold
 //   or above; dayThreshold must be above nightThreshold. Defaults 60, 30, 100.
 // - Channel index (0-based ISP channel, 0..3): settings for that channel only.
-//   Its Command and Record elements replace those of the document for that
-//   channel; its Dynamic elements, when it has any, replace the whole dynamic
-//   list; its DayNight replaces the document's. Channels cannot nest.
+//   Its Command (bounds included) and Record elements replace those of the
+//   document for that channel; its Dynamic elements, when it has any, replace
+//   the whole dynamic list; its DayNight replaces the document's. Channels
+//   cannot nest.
 // Every id may appear once per scope (document or one Channel).
 #pragma once
 

@@ -147,6 +147,9 @@ int VXFile::write(const char* buf, unsigned int n) {
     if (m_pFile == nullptr || !m_bWriting || (buf == nullptr && n > 0)) {
         return -1;
     }
+    if (n == 0) {
+        return 0; // an empty set has no bytes, and fwrite must not see its null pointer
+    }
     const std::size_t want = n > kMaxTransfer ? kMaxTransfer : n;
     const std::size_t done = std::fwrite(buf, 1, want, m_pFile);
     m_nWritten += static_cast<INT64>(done);
