@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <cstring>
 #include <numeric>
 #include <string>
 #include <thread>
@@ -21,12 +20,6 @@ namespace {
 
 constexpr uint32_t kGuard = 0xA5A5A5A5u;
 constexpr uint32_t kListCmd = IA_CMD_DYNAMIC_PARAMS_CMDS_GET;
-
-// A record followed by a guard word, to catch writes past the record.
-template <typename Rec> struct WithGuard {
-    Rec rec{};
-    uint32_t guard = kGuard;
-};
 
 ia_dynamic_params_attr_st listAttr(std::initializer_list<int32_t> p_lstItems) {
     ia_dynamic_params_attr_st stAttr{};
@@ -92,16 +85,25 @@ protected:
         EXPECT_EQ(call(p_nChannel, p_nCmd, IA_CMD_OPT_CORRECT_PARAM, &p_nValue), p_nExpect);
         return p_nValue;
     }
+    // A record read through the ISP call, with a guard word after it against overruns.
+    template <typename Rec>
+    static Rec guarded(int p_nChannel, uint32_t p_nCmd, int p_nOption, int p_nExpect = 0) {
+        struct {
+            Rec rec{};
+            uint32_t guard = kGuard;
+        } stRead;
+        EXPECT_EQ(call(p_nChannel, p_nCmd, p_nOption, &stRead.rec), p_nExpect);
+        EXPECT_EQ(stRead.guard, kGuard);
+        return stRead.rec;
+    }
     // The channel's dynamic list as the ISP call gives it (at most the record's 16).
     static std::vector<uint32_t> dynamicList(int p_nChannel, int32_t* p_pCount = nullptr) {
-        WithGuard<ia_dynamic_cmd_list_st> stList;
-        EXPECT_EQ(call(p_nChannel, kListCmd, IA_CMD_OPT_GET, &stList.rec), 0);
-        EXPECT_EQ(stList.guard, kGuard);
+        const auto stList = guarded<ia_dynamic_cmd_list_st>(p_nChannel, kListCmd, IA_CMD_OPT_GET);
         if (p_pCount != nullptr) {
-            *p_pCount = stList.rec.cmd_cnt;
+            *p_pCount = stList.cmd_cnt;
         }
-        const int nCount = std::clamp(stList.rec.cmd_cnt, 0, IA_DYNAMIC_CMD_MAX);
-        return std::vector<uint32_t>(stList.rec.cmd_list, stList.rec.cmd_list + nCount);
+        const int nCount = std::clamp(stList.cmd_cnt, 0, IA_DYNAMIC_CMD_MAX);
+        return std::vector<uint32_t>(stList.cmd_list, stList.cmd_list + nCount);
     }
     // The values read through the ISP call at these (channel, command) pairs.
     static std::string values(std::initializer_list<std::pair<int, uint32_t>> p_lstAt) {
@@ -111,12 +113,9 @@ protected:
         }
         return strOut;
     }
-    // A command's attribute record as the ISP call gives it.
     static ia_dynamic_params_attr_st range(int p_nChannel, uint32_t p_nCmd, int p_nExpect = 0) {
-        WithGuard<ia_dynamic_params_attr_st> stAttr;
-        EXPECT_EQ(call(p_nChannel, p_nCmd, IA_CMD_OPT_GET_PARAM_RNAGE, &stAttr.rec), p_nExpect);
-        EXPECT_EQ(stAttr.guard, kGuard);
-        return stAttr.rec;
+        return guarded<ia_dynamic_params_attr_st>(p_nChannel, p_nCmd, IA_CMD_OPT_GET_PARAM_RNAGE,
+                                                  p_nExpect);
     }
     // The log as "channel:cmd:option=value[,record bytes]->result " entries.
     static std::string logText() {
@@ -308,8 +307,8 @@ TEST_F(IspTest, ListRangesAndCorrectionComeFromTheProfile) {
     EXPECT_EQ(std::make_tuple(stAttr.param_type, stAttr.max_val, stAttr.items_cnt, stAttr.item[2]),
               std::make_tuple(0, 2, 3, 2));
     stAttr = range(1, 2369);
-    EXPECT_NE(stAttr.param_type, 0);
-    EXPECT_EQ(std::make_pair(stAttr.max_val, stAttr.default_val), std::make_pair(100, 50));
+    EXPECT_EQ(std::make_tuple(stAttr.param_type != 0, stAttr.max_val, stAttr.default_val),
+              std::make_tuple(true, 100, 50));
     range(1, 34, IspSimulator::ERR_NOT_DYNAMIC);
 
     ASSERT_TRUE(sim().setAttribute(0, 4000, listAttr({30, 10, 20})));
@@ -340,9 +339,7 @@ TEST_F(IspTest, MalformedAttributesAndOverridesStayInsideTheRecords) {
     ASSERT_TRUE(sim().setAttribute(0, 4000, stAttr));
     EXPECT_EQ(correct(0, 4000, 5000), 1063);
     // A range with min above max cannot correct and says so.
-    stAttr.param_type = 1;
-    stAttr.min_val = 10;
-    stAttr.max_val = 0;
+    std::tie(stAttr.param_type, stAttr.min_val, stAttr.max_val) = std::make_tuple(1, 10, 0);
     ASSERT_TRUE(sim().setAttribute(0, 4000, stAttr));
     EXPECT_EQ(correct(0, 4000, 5, IspSimulator::ERR_BAD_ATTRIBUTE), 5);
 
@@ -455,10 +452,9 @@ TEST_F(IspTest, DayNightStateFollowsTheLightWithHysteresis) {
     }
     // Forcing the state holds until the light crosses a threshold.
     ASSERT_EQ(set(0, 153, 1), 0);
-    ASSERT_TRUE(sim().setLightLevel(0, 45));
-    EXPECT_EQ(get(0, 153), 1);
-    ASSERT_TRUE(sim().setLightLevel(0, 70));
-    EXPECT_EQ(get(0, 153), 0);
+    for (const auto& [nLevel, nState] : {std::make_pair(45, 1), std::make_pair(70, 0)}) {
+        EXPECT_EQ(sim().setLightLevel(0, nLevel) ? get(0, 153) : -1, nState) << nLevel;
+    }
     // Per channel, or every channel at once.
     ASSERT_TRUE(sim().setLightLevel(1, 10));
     EXPECT_EQ(values({{1, 153}, {2, 153}}), "1 0");
