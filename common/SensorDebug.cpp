@@ -1,16 +1,18 @@
 #include "common/SensorDebug.h"
 
+#include <algorithm>
 #include <array>
 #include <cassert>
+#include <climits>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
 #include <string>
-#include <unistd.h>
 
 #include "platform/DeviceRoot.h"
-#include "platform/VXFile.h"
+#include "platform/FileReader.h"
+#include "platform/InputLimits.h"
 #include "platform/VXLogger.h"
 
 std::atomic<int> g_nDebugLevel{1};
@@ -126,6 +128,27 @@ void refreshDebugLevel() {
     g_nCheckedRoot.store(nRoot, std::memory_order_release);
 }
 
+// A marker line's number as atoi reads it (blanks, a sign, digits up to the
+// first other character), held to the int range instead of overflowing.
+int markerNumber(const std::string& p_strLine) {
+    const long long nVal = std::strtoll(p_strLine.c_str(), nullptr, 10);
+    return static_cast<int>(std::clamp<long long>(nVal, INT_MIN, INT_MAX));
+}
+
+// The line starting at p_nPos without "\n" / "\r\n"; p_nPos moves past it.
+std::string nextMarkerLine(const std::string& p_strText, std::string::size_type& p_nPos) {
+    if (p_nPos >= p_strText.size()) {
+        return std::string();
+    }
+    const std::string::size_type nEnd = p_strText.find('\n', p_nPos);
+    std::string strLine = p_strText.substr(p_nPos, nEnd - p_nPos);
+    p_nPos = nEnd == std::string::npos ? p_strText.size() : nEnd + 1;
+    if (!strLine.empty() && strLine.back() == '\r') {
+        strLine.pop_back();
+    }
+    return strLine;
+}
+
 } // namespace
 
 void sensordiag::requestMarkerCheck() {
@@ -137,22 +160,22 @@ int sensordiag::debugLevel() {
     return g_nDebugLevel;
 }
 
+// The marker is read through the bounded reader: one read of at most its two
+// short lines, however large or strange the file is. Anything but a readable
+// regular file counts as no marker.
 void updateDebugLevel() {
-    const std::string strPath = DeviceRoot::resolve(sensordiag::DEBUG_SIGN_FILE);
-    if (access(strPath.c_str(), F_OK) != 0) {
+    std::string strText;
+    if (readDeviceFile(sensordiag::DEBUG_SIGN_FILE, inputcap::MARKER_FILE_MAX, strText,
+                       Oversize::TakePrefix) != ReadStatus::Ok) {
         g_nDebugLevel = 1;
         g_bEnAssert = false;
         return;
     }
-    VXFile objFile;
-    if (!objFile.open(sensordiag::DEBUG_SIGN_FILE, VXFile::modeRead)) {
-        return;
-    }
-    const std::string strLevel = objFile.ReadOneLine(objFile.getFileHandle());
-    g_nDebugLevel = strLevel.empty() ? 1 : std::atoi(strLevel.c_str());
-    const std::string strAssert = objFile.ReadOneLine(objFile.getFileHandle());
-    g_bEnAssert = !strAssert.empty() && std::atoi(strAssert.c_str()) != 0;
-    objFile.close();
+    std::string::size_type nPos = 0;
+    const std::string strLevel = nextMarkerLine(strText, nPos);
+    const std::string strAssert = nextMarkerLine(strText, nPos);
+    g_nDebugLevel = strLevel.empty() ? 1 : markerNumber(strLevel);
+    g_bEnAssert = !strAssert.empty() && markerNumber(strAssert) != 0;
 }
 
 namespace sensordiag {

@@ -6,10 +6,13 @@
 #include "config/SchemeSetFile.h"
 
 #include <algorithm>
+#include <string>
 #include <vector>
 
+#include "common/SensorDebug.h"
 #include "config/SensorFile.h"
-#include "platform/VXFile.h"
+#include "platform/FileReader.h"
+#include "platform/InputLimits.h"
 
 namespace {
 
@@ -21,22 +24,27 @@ u32 decodeWord(const char* p_pIn) {
     return nVal;
 }
 
-// The whole records of the file (at most SCHEME_FILE_MAX_BYTES); false when
-// it cannot be opened or read.
+// The whole records of the file; false when it cannot be read. Read through
+// the bounded reader: a FIFO, device or directory is refused without
+// blocking, and a file longer than inputcap::SCHEME_FILE_MAX is not a scheme
+// file of this module; both are reported (a missing file is not).
 bool readRecords(const char* p_szFile, std::vector<KeyVal>& p_vecRecords) {
-    VXFile file;
-    if (p_szFile == nullptr || !file.open(p_szFile)) {
+    std::string strBytes;
+    const ReadStatus eStatus = p_szFile == nullptr
+                                   ? ReadStatus::Missing
+                                   : readDeviceFile(p_szFile, inputcap::SCHEME_FILE_MAX, strBytes);
+    if (eStatus != ReadStatus::Ok) {
+        if (eStatus != ReadStatus::Missing) {
+            SNS_ASSERT_TEXT(false, "readDeviceFile(file_name) == ReadStatus::Ok",
+                            "file_name(%s) refused: %s\n", p_szFile,
+                            describeRead(eStatus, inputcap::SCHEME_FILE_MAX).c_str());
+        }
         return false;
     }
-    std::vector<char> vecBytes(SCHEME_FILE_MAX_BYTES);
-    const int nRead = file.read(vecBytes.data(), SCHEME_FILE_MAX_BYTES);
-    if (nRead < 0) {
-        return false;
-    }
-    const u32 nRecords = static_cast<u32>(nRead) / KEYVAL_FILE_RECORD;
+    const std::size_t nRecords = strBytes.size() / KEYVAL_FILE_RECORD;
     p_vecRecords.resize(nRecords);
-    for (u32 i = 0; i < nRecords; ++i) {
-        const char* pRecord = vecBytes.data() + static_cast<std::size_t>(i) * KEYVAL_FILE_RECORD;
+    for (std::size_t i = 0; i < nRecords; ++i) {
+        const char* pRecord = strBytes.data() + i * KEYVAL_FILE_RECORD;
         p_vecRecords[i] = {decodeWord(pRecord), decodeWord(pRecord + 4)};
     }
     return true;

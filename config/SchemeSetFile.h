@@ -10,10 +10,6 @@ enum class SchemeFileLoad {
     Unreadable, // missing, a directory, or a failed read: the set was not touched
 };
 
-// Bytes of a scheme file read at most; a longer file is foreign and is matched
-// on its first records only.
-constexpr u32 SCHEME_FILE_MAX_BYTES = 64 * 1024;
-
 // Fills p_pSet (p_nCount entries) from the file, each key of the factory set
 // p_pFactory taking the file's value where the file holds that key and the
 // factory value otherwise; the n-th record of a key the set holds twice takes

@@ -6,9 +6,12 @@
 
 #include <array>
 #include <climits>
+#include <string>
 #include <vector>
 
 #include "common/SensorDebug.h"
+#include "platform/FileReader.h"
+#include "platform/InputLimits.h"
 #include "platform/VXFile.h"
 
 namespace {
@@ -39,12 +42,21 @@ u32 decodeU32(const char* p_pIn) {
     return nVal;
 }
 
+// Why a file that did not open was refused, for the report: nothing for a
+// missing file (the usual case), the reason for a FIFO, device or directory.
+std::string refusal(const char* p_szName) {
+    const std::string strWhy = describeUnopenable(p_szName);
+    return strWhy.empty() || strWhy == "missing" ? std::string() : " refused: " + strWhy;
+}
+
 } // namespace
 
 INT64 getFileLen(const char* file_name) {
     file_name = printableName(file_name);
     VXFile file;
-    SNS_ASSERT(file.open(file_name), "file_name(%s)", file_name);
+    const bool bOpened = file.open(file_name);
+    SNS_ASSERT_TEXT(bOpened, "file.open(file_name)", "file_name(%s)%s", file_name,
+                    bOpened ? "" : refusal(file_name).c_str());
     return file.getLength();
 }
 
@@ -53,6 +65,10 @@ int loadFromFile(const char* file_name, char* data, INT64 file_len) {
     SNS_DBG("open file:%s\n", file_name);
     VXFile file;
     if (!file.open(file_name)) {
+        // A missing file is the caller's to report; a FIFO or device is not.
+        const std::string strWhy = refusal(file_name);
+        SNS_ASSERT_TEXT(strWhy.empty(), "file.open(file_name)", "file_name(%s)%s\n", file_name,
+                        strWhy.c_str());
         return -1;
     }
     if (data == nullptr || !fitsOneTransfer(file_len)) {
@@ -96,12 +112,21 @@ int saveToFile(const char* file_name, const char* data, INT64 file_len) {
 int keyValFromFile(const char* file_name, KeyVal* p_pKeyVal, u32 p_nKeyValNum) {
     file_name = printableName(file_name);
     VXFile file;
-    SNS_ASSERT(file.open(file_name), "file_name(%s)\n", file_name);
+    const bool bOpened = file.open(file_name);
+    SNS_ASSERT_TEXT(bOpened, "file.open(file_name)", "file_name(%s)%s\n", file_name,
+                    bOpened ? "" : refusal(file_name).c_str());
 
     const INT64 nWant = static_cast<INT64>(KEYVAL_FILE_RECORD) * p_nKeyValNum;
+    // Longer than the set plus the slack: not a scheme file of this module.
+    // Nothing is taken from it, so a corrupt flash cannot pass half a set.
+    const INT64 nCap = nWant + static_cast<INT64>(inputcap::SCHEME_FILE_SLACK);
+    const bool bTooLong = file.getLength() > nCap;
+    SNS_ASSERT_TEXT(!bTooLong, "file.getLength() <= sizeof(KeyVal)*p_nKeyValNum + SLACK",
+                    "file_name(%s) refused: larger than %lld bytes\n", file_name,
+                    static_cast<long long>(nCap));
     int nSize = -1;
     std::vector<char> vecBytes;
-    if (p_pKeyVal != nullptr && fitsOneTransfer(nWant)) {
+    if (p_pKeyVal != nullptr && fitsOneTransfer(nWant) && !bTooLong) {
         vecBytes.resize(static_cast<std::size_t>(nWant));
         nSize = file.read(vecBytes.data(), static_cast<unsigned int>(nWant));
     }

@@ -1,12 +1,17 @@
+// TinyXML documents of the style files; their reports name the unit that
+// handles the style files.
+#define SNS_SOURCE_UNIT "SensorFile"
+
 #include "config/SensorXml.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <memory>
 
-#include "platform/DeviceRoot.h"
+#include "common/SensorDebug.h"
+#include "platform/FileReader.h"
+#include "platform/InputLimits.h"
 #include "platform/VXFile.h"
 #include "platform/XmlText.h"
 
@@ -24,7 +29,12 @@ bool TiXmlDocumentEx::LoadMem(const char* p_szText, TiXmlEncoding p_eEncoding) {
     if (p_szText == nullptr) {
         return false;
     }
-    parseXmlText(*this, p_szText, std::strlen(p_szText), p_eEncoding);
+    if (!parseXmlText(*this, p_szText, std::strlen(p_szText), p_eEncoding)) {
+        SNS_ASSERT_TEXT(false, "xmlDepth(text) <= XML_DEPTH_MAX",
+                        "XML refused: elements nested deeper than %d levels\n",
+                        inputcap::XML_DEPTH_MAX);
+        return false;
+    }
     if (Error()) {
         // The parser keeps what it read before the fault; drop it so that a
         // broken text can never pass for a short valid one.
@@ -56,12 +66,14 @@ bool TiXmlDocumentEx::LoadFile(const char* p_szDevicePath, TiXmlEncoding p_eEnco
     if (p_szDevicePath == nullptr) {
         return false;
     }
-    const std::string strHostPath = DeviceRoot::resolve(p_szDevicePath);
-    // The library sizes its buffer from the file; a directory or a device
-    // would make it ask for an absurd amount of memory.
-    std::error_code ec;
-    const bool bLoaded = std::filesystem::is_regular_file(strHostPath, ec) &&
-                         TiXmlDocument::LoadFile(strHostPath.c_str(), p_eEncoding);
+    // Read like the style files it holds: a regular file of at most their cap.
+    std::string strText;
+    const ReadStatus eStatus = readDeviceFile(p_szDevicePath, inputcap::STYLE_FILE_MAX, strText);
+    if (eStatus != ReadStatus::Ok && eStatus != ReadStatus::Missing) {
+        SNS_ASSERT_TEXT(false, "readDeviceFile(filename, STYLE_FILE_MAX)", "file_name(%s) %s\n",
+                        p_szDevicePath, describeRead(eStatus, inputcap::STYLE_FILE_MAX).c_str());
+    }
+    const bool bLoaded = eStatus == ReadStatus::Ok && LoadMem(strText.c_str(), p_eEncoding);
     SetValue(p_szDevicePath);
     return bLoaded;
 }

@@ -17,6 +17,7 @@
 #include "common/SensorDebug.h"
 #include "config/SensorFile.h"
 #include "config/SensorXml.h"
+#include "platform/InputLimits.h"
 #include "platform/MachineInfo.h"
 #include "platform/ModuleConfigure.h"
 #include "platform/StringHandler.h"
@@ -35,7 +36,7 @@ constexpr const char* MERGED_STYLE_FILE = "/tmp/merge_style_ch%d.xml";
 // Diversity conditions compare this many leading characters.
 constexpr std::size_t DIVERSITY_COMPARE_LEN = 5;
 // Style texts are read whole into memory; anything larger is not a style.
-constexpr INT64 CONFIG_TEXT_MAX = 8 * 1024 * 1024;
+constexpr INT64 CONFIG_TEXT_MAX = static_cast<INT64>(inputcap::STYLE_FILE_MAX);
 constexpr int THERMAL_CHANNEL = 2;
 
 // The sixteen device types of the host's numbering.
@@ -101,8 +102,9 @@ ConfigText loadConfigText(const char* p_szOperation, const char* p_szFile, int& 
     INT64 nLen = getFileLen(p_szFile);
     if (nLen < 0 || nLen > CONFIG_TEXT_MAX) {
         SNS_ASSERT_TEXT_FOR(p_szOperation, false, "0 <= file_len && file_len <= CONFIG_TEXT_MAX",
-                            "file_name(%s) file_len(%lld)\n", p_szFile,
-                            static_cast<long long>(nLen));
+                            "file_name(%s) file_len(%lld) refused: larger than %lld bytes\n",
+                            p_szFile, static_cast<long long>(nLen),
+                            static_cast<long long>(CONFIG_TEXT_MAX));
         nLen = 0;
     }
     ConfigText pText(newConfigText(static_cast<std::size_t>(nLen) + 1));
@@ -209,6 +211,20 @@ void applyDiversityEntry(TiXmlDocument& doc_style, const TiXmlElement* node_firs
     }
 }
 
+// "max_scheme" held to the range the scheme files can take: every scheme set
+// is allocated, loaded and written at start-up, so an unchecked count would
+// allocate from it (a negative one wraps to four thousand million).
+u32 schemeSumOf(const char* p_szDetail) {
+    u32 nField = DEFAULT_SCHEME_SUM;
+    getDetailFieldTou32(p_szDetail, "max_scheme", &nField);
+    const int nAsked = static_cast<int>(nField); // the field's atoi value
+    const int nSum = std::clamp(nAsked, inputcap::SCHEME_SUM_MIN, inputcap::SCHEME_SUM_MAX);
+    SNS_ASSERT_TEXT(nSum == nAsked, "SCHEME_SUM_MIN <= max_scheme && max_scheme <= SCHEME_SUM_MAX",
+                    "max_scheme(%d) out of %d..%d, %d used\n", nAsked, inputcap::SCHEME_SUM_MIN,
+                    inputcap::SCHEME_SUM_MAX, nSum);
+    return static_cast<u32>(nSum);
+}
+
 void replaceConfigText(char** p_pszText, ConfigText p_pNew) {
     freeConfigText(*p_pszText);
     *p_pszText = p_pNew.release();
@@ -274,9 +290,7 @@ int initSysConf(int p_nChannelID, const ModuleConfigure& p_objModuleConfigure,
     copyField(moduleConfig.szDetail, p_objModuleConfigure.getDetail(), "szDetail");
     copyField(moduleConfig.szParameters, p_objModuleConfigure.getParameters(), "szParameters");
 
-    u32 nSchemeSum = DEFAULT_SCHEME_SUM;
-    getDetailFieldTou32(moduleConfig.szDetail, "max_scheme", &nSchemeSum);
-    p_stSysConf->nSchemeSum = nSchemeSum;
+    p_stSysConf->nSchemeSum = schemeSumOf(moduleConfig.szDetail);
 
     SNS_ASSERT_TEXT(p_bMachineInfoRead,
                     "SystemInfoParser::parseMachineInfo(\"/mnt/mtd/code/factory_setting/"

@@ -46,13 +46,13 @@ constexpr KeyVal LPR_NIGHT_DEFAULTS[] = {
     {KEY_METER_AREA, 1}, {KEY_IR_MODE, 2},      {KEY_IR_MANUAL_STRG_NEAR, 40},
 };
 
-// A scheme file counts as present only as a regular file: a directory (or
-// anything else) in its place is treated as missing, so the row is made from
-// the factory set instead of staying zeros, and the failed write is reported.
+// Whether anything stands at the path. Only a missing file is created from
+// the set; a directory, FIFO or device in its place is left alone (writing
+// over it could block or destroy what is not ours), and the load that follows
+// refuses it with a report, so the row takes the factory set.
 bool fileExists(const std::string& p_strDevicePath) {
     struct stat stInfo {};
-    return stat(DeviceRoot::resolve(p_strDevicePath).c_str(), &stInfo) == 0 &&
-           S_ISREG(stInfo.st_mode);
+    return lstat(DeviceRoot::resolve(p_strDevicePath).c_str(), &stInfo) == 0;
 }
 
 // Sets the first entry with the key; a key the set lacks is skipped.

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 
 #include "common/SensorDebug.h"
 #include "common/SensorKeys.h"
@@ -14,6 +13,7 @@
 #include "config/SensorKeyVal.h"
 #include "config/SensorXml.h"
 #include "controller/ISensorController.h"
+#include "platform/InputLimits.h"
 #include "platform/StringHandler.h"
 
 namespace {
@@ -40,6 +40,26 @@ bool isListedDynamic(const ia_dynamic_cmd_list_st& p_stList, int p_nCmd) {
            p_stList.cmd_list + nCount;
 }
 
+// Ids in an id-list request: one more than its commas.
+size_t idCount(const std::string& p_strText) {
+    return static_cast<size_t>(std::count(p_strText.begin(), p_strText.end(), ',')) + 1;
+}
+
+bool withinRequestCaps(const std::string& p_strText) {
+    return p_strText.size() <= inputcap::TEXT_REQUEST_MAX &&
+           idCount(p_strText) <= inputcap::TEXT_IDS_MAX;
+}
+
+// An id is a decimal number, blanks around it allowed.
+bool idNumber(const std::string& p_strId, int& p_nKey) {
+    const size_t nFirst = p_strId.find_first_not_of(" \t");
+    if (nFirst == std::string::npos) {
+        return false;
+    }
+    const size_t nLast = p_strId.find_last_not_of(" \t");
+    return StringHandler::parseInt(p_strId.substr(nFirst, nLast - nFirst + 1), p_nKey);
+}
+
 } // namespace
 
 bool ISensorController::parseSensorParameter(const std::string& p_strText,
@@ -47,7 +67,7 @@ bool ISensorController::parseSensorParameter(const std::string& p_strText,
     sensordiag::requestMarkerCheck();
     const size_t nClose = p_strText.find(')');
     if (p_strText.empty() || p_strText.find('(') != 0 || nClose == std::string::npos ||
-        nClose != p_strText.size() - 1 || nClose <= 1) {
+        nClose != p_strText.size() - 1 || nClose <= 1 || !withinRequestCaps(p_strText)) {
         return false;
     }
     StringHandler::split(p_strText.substr(1, nClose - 1), vecIds, ",");
@@ -55,6 +75,12 @@ bool ISensorController::parseSensorParameter(const std::string& p_strText,
 }
 
 int ISensorController::setParameters(const std::string& p_strParameters, bool p_bCache) {
+    // Refused before the lock is taken: an endless text never holds the channel.
+    if (p_strParameters.size() > inputcap::TEXT_REQUEST_MAX) {
+        SNS_WARN("parameters refused: text of %zu characters, at most %zu\n",
+                 p_strParameters.size(), inputcap::TEXT_REQUEST_MAX);
+        return SNS_FAILED;
+    }
     sensordiag::requestMarkerCheck();
     HostLock objLock(*this, SNS_SOURCE_UNIT, __LINE__);
     SNS_DBG("p_Parameters1111111111(%s)\n", p_strParameters.c_str());
@@ -76,6 +102,14 @@ int ISensorController::setParameters(const std::string& p_strParameters, bool p_
 int ISensorController::getParameters(const std::string& p_strIds, std::string& p_strOut) {
     sensordiag::requestMarkerCheck();
     std::vector<std::string> vecIds;
+    if (!withinRequestCaps(p_strIds)) {
+        // The request itself is not echoed: it may be megabytes long.
+        std::printf("%s%d getParameters fail p_strIds too long: %zu characters, %zu ids (at most "
+                    "%zu, %zu)\n",
+                    SNS_SOURCE_UNIT, __LINE__, p_strIds.size(), idCount(p_strIds),
+                    inputcap::TEXT_REQUEST_MAX, inputcap::TEXT_IDS_MAX);
+        return 0;
+    }
     if (!parseSensorParameter(p_strIds, vecIds)) {
         std::printf("%s%d getParameters fail p_strIds = %s \n", SNS_SOURCE_UNIT, __LINE__,
                     p_strIds.c_str());
@@ -83,9 +117,11 @@ int ISensorController::getParameters(const std::string& p_strIds, std::string& p
     }
     p_strOut.clear();
     for (const std::string& strId : vecIds) {
-        const int nKey = std::atoi(strId.c_str());
+        int nKey = 0;
         int nValue = 0;
-        if (getParameter(nKey, nValue)) {
+        // An id that is not a number names no key: it is left out, never read
+        // as key 0 the way atoi would.
+        if (idNumber(strId, nKey) && getParameter(nKey, nValue)) {
             char szPair[32];
             std::snprintf(szPair, sizeof(szPair), "(%d,%d)", nKey, nValue);
             p_strOut += szPair;

@@ -2,13 +2,15 @@
 
 #include <tinyxml.h>
 
+#include "platform/FileReader.h"
+#include "platform/InputLimits.h"
+#include "platform/XmlText.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <initializer_list>
-#include <iterator>
 #include <limits>
 #include <set>
 #include <sstream>
@@ -262,7 +264,7 @@ private:
                       IspChannelProfile& p_stOut) {
         uint32_t nCmd = 0;
         int64_t nValue = 0;
-        if (!checkAttributes(p_objElem, {"id", "value"}) ||
+        if (!checkAttributes(p_objElem, {"id", "value", "min", "max", "items"}) ||
             !commandId(p_objElem, p_setSeen, nCmd) ||
             !requiredNumber(p_objElem, "value", kInt32Min, kInt32Max, nValue)) {
             return false;
@@ -271,7 +273,53 @@ private:
             return fail(where(p_objElem) + ": command " + std::to_string(nCmd) +
                         " carries a record; give it with <Record>");
         }
+        std::optional<IspBounds> stBounds;
+        if (!commandBounds(p_objElem, stBounds)) {
+            return false;
+        }
+        if (stBounds) {
+            if (!stBounds->allows(static_cast<int32_t>(nValue))) {
+                return fail(where(p_objElem) + ": value " + std::to_string(nValue) +
+                            " is outside its own min/max or items");
+            }
+            p_stOut.bounds[nCmd] = *stBounds;
+        }
         p_stOut.values[nCmd] = static_cast<int32_t>(nValue);
+        return true;
+    }
+
+    // The optional bounds of a Command: min and max together, or items.
+    bool commandBounds(const TiXmlElement& p_objElem, std::optional<IspBounds>& p_stOut) {
+        std::optional<int64_t> nMin;
+        std::optional<int64_t> nMax;
+        if (!optionalNumber(p_objElem, "min", kInt32Min, kInt32Max, nMin) ||
+            !optionalNumber(p_objElem, "max", kInt32Min, kInt32Max, nMax)) {
+            return false;
+        }
+        const bool bItems = p_objElem.Attribute("items") != nullptr;
+        if (nMin.has_value() != nMax.has_value() || (bItems && nMin)) {
+            return fail(where(p_objElem) + ": give min and max together, or items alone");
+        }
+        IspBounds stBounds;
+        if (bItems) {
+            std::vector<int64_t> vecItems;
+            if (!numberList(p_objElem, "items", kInt32Min, kInt32Max, vecItems)) {
+                return false;
+            }
+            if (vecItems.empty()) {
+                return fail(where(p_objElem) + ": items needs at least one value");
+            }
+            stBounds.items.assign(vecItems.begin(), vecItems.end());
+        } else if (nMin) {
+            if (*nMin > *nMax) {
+                return fail(where(p_objElem) + ": needs min <= max");
+            }
+            stBounds.min = static_cast<int32_t>(*nMin);
+            stBounds.max = static_cast<int32_t>(*nMax);
+        } else {
+            return true;
+        }
+        p_stOut = std::move(stBounds);
         return true;
     }
 
@@ -496,6 +544,13 @@ std::size_t recordSize(uint32_t p_nCmd) {
     return 0;
 }
 
+bool IspBounds::allows(int32_t p_nValue) const {
+    if (!items.empty()) {
+        return std::find(items.begin(), items.end(), p_nValue) != items.end();
+    }
+    return p_nValue >= min && p_nValue <= max;
+}
+
 IspChannelProfile IspProfile::forChannel(int p_nChannel) const {
     IspChannelProfile stResult = common;
     const auto it = channels.find(p_nChannel);
@@ -505,6 +560,11 @@ IspChannelProfile IspProfile::forChannel(int p_nChannel) const {
     const IspChannelProfile& stOwn = it->second;
     for (const auto& [nCmd, nVal] : stOwn.values) {
         stResult.values[nCmd] = nVal;
+        // A channel's Command replaces the document's, bounds included.
+        stResult.bounds.erase(nCmd);
+    }
+    for (const auto& [nCmd, stBounds] : stOwn.bounds) {
+        stResult.bounds[nCmd] = stBounds;
     }
     for (const auto& [nCmd, vecData] : stOwn.records) {
         stResult.records[nCmd] = vecData;
@@ -520,7 +580,11 @@ IspChannelProfile IspProfile::forChannel(int p_nChannel) const {
 
 bool parseProfile(const std::string& p_strXml, IspProfile& p_stProfile, std::string& p_strError) {
     TiXmlDocument objDoc;
-    objDoc.Parse(p_strXml.c_str(), nullptr, TIXML_ENCODING_UTF8);
+    if (!parseXmlText(objDoc, p_strXml.c_str(), p_strXml.size(), TIXML_ENCODING_UTF8)) {
+        p_strError =
+            "elements nested deeper than " + std::to_string(inputcap::XML_DEPTH_MAX) + " levels";
+        return false;
+    }
     if (objDoc.Error()) {
         // TinyXML reports row 0 when it cannot tell where the fault is.
         const int nRow = objDoc.ErrorRow();
@@ -545,15 +609,11 @@ bool parseProfile(const std::string& p_strXml, IspProfile& p_stProfile, std::str
 
 bool loadProfileFile(const std::string& p_strPath, IspProfile& p_stProfile,
                      std::string& p_strError) {
-    std::ifstream objFile(p_strPath, std::ios::binary);
-    if (!objFile) {
-        p_strError = "cannot open profile \"" + p_strPath + "\"";
-        return false;
-    }
-    const std::string strText((std::istreambuf_iterator<char>(objFile)),
-                              std::istreambuf_iterator<char>());
-    if (objFile.bad()) {
-        p_strError = "cannot read profile \"" + p_strPath + "\"";
+    std::string strText;
+    const ReadStatus eStatus = readHostFile(p_strPath, inputcap::ISP_PROFILE_MAX, strText);
+    if (eStatus != ReadStatus::Ok) {
+        p_strError = "cannot open profile \"" + p_strPath +
+                     "\": " + describeRead(eStatus, inputcap::ISP_PROFILE_MAX);
         return false;
     }
     if (!parseProfile(strText, p_stProfile, p_strError)) {

@@ -19,8 +19,10 @@
 //
 // Elements (all numbers decimal; unknown elements or attributes are errors, so
 // a misspelt name never passes silently):
-// - Command id value: the initial 32-bit value of a command that moves one
-//   32-bit value. A command never named starts at 0.
+// - Command id value, optionally min and max (both) or items (numbers
+//   separated by blanks): the initial 32-bit value of a command that moves
+//   one 32-bit value, and the values its SET accepts (the initial value must
+//   be one of them). A command never named starts at 0 and takes any value.
 // - Record id and exactly one of text, words, bytes: the initial content of a
 //   command that moves a record (145, 146, 154: 12 bytes; 149..152: 16 bytes;
 //   2816: 16 bytes; 2496: 50 bytes; 1606: 1 byte). text is copied byte for
@@ -38,9 +40,10 @@
 //   level falls to nightThreshold or below, day when it rises to dayThreshold
 //   or above; dayThreshold must be above nightThreshold. Defaults 60, 30, 100.
 // - Channel index (0-based ISP channel, 0..3): settings for that channel only.
-//   Its Command and Record elements replace those of the document for that
-//   channel; its Dynamic elements, when it has any, replace the whole dynamic
-//   list; its DayNight replaces the document's. Channels cannot nest.
+//   Its Command (bounds included) and Record elements replace those of the
+//   document for that channel; its Dynamic elements, when it has any, replace
+//   the whole dynamic list; its DayNight replaces the document's. Channels
+//   cannot nest.
 // Every id may appear once per scope (document or one Channel).
 #pragma once
 
@@ -74,9 +77,18 @@ struct IspDayNight {
     int32_t level = 100;
 };
 
+// The values a SET of a plain command accepts: min..max, or one of items.
+struct IspBounds {
+    int32_t min = 0;
+    int32_t max = 0;
+    std::vector<int32_t> items; // when not empty, only these
+    bool allows(int32_t p_nValue) const;
+};
+
 // What one scope (the whole document, or one Channel element) says.
 struct IspChannelProfile {
     std::map<uint32_t, int32_t> values;
+    std::map<uint32_t, IspBounds> bounds;
     std::map<uint32_t, std::vector<uint8_t>> records;
     std::vector<IspDynamic> dynamics;
     std::optional<IspDayNight> dayNight;

@@ -158,11 +158,31 @@ int IspSimulator::doSet(ChannelState& p_stChannel, uint32_t p_nCmd, const void* 
         const auto* pBytes = static_cast<const uint8_t*>(p_pData);
         p_stChannel.records[p_nCmd].assign(pBytes, pBytes + nRecord);
     } else {
+        const int32_t nValue = readValue(p_pData);
+        if (!allowed(p_stChannel, p_nCmd, nValue)) {
+            return ERR_OUT_OF_RANGE;
+        }
         // Writing the day/night state forces it; the light level moves it
         // again only when it crosses a threshold later.
-        p_stChannel.values[p_nCmd] = readValue(p_pData);
+        p_stChannel.values[p_nCmd] = nValue;
     }
     return 0;
+}
+
+bool IspSimulator::allowed(const ChannelState& p_stChannel, uint32_t p_nCmd, int32_t p_nValue) {
+    const auto it = p_stChannel.attributes.find(p_nCmd);
+    if (it == p_stChannel.attributes.end()) {
+        const auto itBounds = p_stChannel.bounds.find(p_nCmd);
+        return itBounds == p_stChannel.bounds.end() || itBounds->second.allows(p_nValue);
+    }
+    const ia_dynamic_params_attr_st& stAttr = it->second;
+    if (stAttr.param_type != 0) {
+        return p_nValue >= stAttr.min_val && p_nValue <= stAttr.max_val;
+    }
+    // An empty list (set by an override) gives nothing to hold a value to.
+    const int nCount = std::clamp<int32_t>(stAttr.items_cnt, 0, IA_DYNAMIC_ITEM_MAX);
+    return nCount == 0 ||
+           std::find(stAttr.item, stAttr.item + nCount, p_nValue) != stAttr.item + nCount;
 }
 
 int IspSimulator::doGet(ChannelState& p_stChannel, uint32_t p_nCmd, void* p_pData) const {
@@ -270,6 +290,7 @@ void IspSimulator::resetChannel(int p_nChannel) {
     ChannelState stChannel;
     stChannel.values.insert(stOwn.values.begin(), stOwn.values.end());
     stChannel.records.insert(stOwn.records.begin(), stOwn.records.end());
+    stChannel.bounds = stOwn.bounds;
     for (const isp::IspDynamic& stDyn : stOwn.dynamics) {
         stChannel.dynamicList.push_back(stDyn.cmd);
         stChannel.attributes[stDyn.cmd] = stDyn.attr;

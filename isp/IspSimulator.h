@@ -24,6 +24,10 @@ public:
     static constexpr int ERR_INVALID = -1;       // null data, unknown option, bad channel
     static constexpr int ERR_NOT_DYNAMIC = -2;   // range asked for a command that has none
     static constexpr int ERR_BAD_ATTRIBUTE = -3; // range with min above max cannot correct
+    // SET with a value outside the command's range: its items or min..max
+    // when it is dynamic, else the bounds its profile Command gives. Refused
+    // and not stored, as a sensor's ISP library does.
+    static constexpr int ERR_OUT_OF_RANGE = -4;
     static constexpr int DAY_NIGHT_STATE_CMD = 153;
     // The log keeps the most recent calls only, so a long-running tool does
     // not grow without bound.
@@ -103,6 +107,7 @@ private:
         std::unordered_map<uint32_t, std::vector<uint8_t>> records;
         std::vector<uint32_t> dynamicList;
         std::map<uint32_t, ia_dynamic_params_attr_st> attributes;
+        std::map<uint32_t, isp::IspBounds> bounds;
         std::unordered_map<uint32_t, int32_t> execStatus;
         isp::IspDayNight dayNight;
     };
@@ -141,6 +146,7 @@ private:
                      CallHook& p_fnHook);
     int dispatch(ChannelState& p_stChannel, uint32_t p_nCmd, int p_nOption, void* p_pData);
     int doSet(ChannelState& p_stChannel, uint32_t p_nCmd, const void* p_pData);
+    static bool allowed(const ChannelState& p_stChannel, uint32_t p_nCmd, int32_t p_nValue);
     int doGet(ChannelState& p_stChannel, uint32_t p_nCmd, void* p_pData) const;
     int doRange(const ChannelState& p_stChannel, uint32_t p_nCmd, void* p_pData) const;
     int doCorrect(const ChannelState& p_stChannel, uint32_t p_nCmd, void* p_pData) const;

@@ -1,12 +1,11 @@
 #include "platform/ModuleConfigureParser.h"
 
-#include "platform/DeviceRoot.h"
+#include "platform/FileReader.h"
+#include "platform/InputLimits.h"
 #include "platform/StringHandler.h"
 #include "platform/XmlText.h"
 
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <tinyxml.h>
 
 namespace {
@@ -26,18 +25,25 @@ bool matches(const TiXmlElement& module, const std::string& model, const std::st
 
 bool ModuleConfigureParser::parse(const std::string& devicePath, const std::string& hardwareModel,
                                   const std::string& hardwareCode,
-                                  std::vector<ModuleConfigure>& out) {
+                                  std::vector<ModuleConfigure>& out, std::string* why) {
     out.clear();
-    std::ifstream file(DeviceRoot::resolve(devicePath), std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    if (!file) {
+    std::string whyNot;
+    std::string& reason = why != nullptr ? *why : whyNot;
+    reason.clear();
+    std::string content;
+    const ReadStatus status = readDeviceFile(devicePath, inputcap::MODULE_CONFIG_MAX, content);
+    if (status != ReadStatus::Ok) {
+        reason = describeRead(status, inputcap::MODULE_CONFIG_MAX);
         return false;
     }
-    const std::string content = text.str();
     TiXmlDocument doc;
-    parseXmlText(doc, content.c_str(), content.size(), TIXML_DEFAULT_ENCODING);
+    if (!parseXmlText(doc, content.c_str(), content.size(), TIXML_DEFAULT_ENCODING)) {
+        reason =
+            "elements nested deeper than " + std::to_string(inputcap::XML_DEPTH_MAX) + " levels";
+        return false;
+    }
     if (doc.Error()) {
+        reason = std::string("XML error: ") + doc.ErrorDesc();
         return false;
     }
     const TiXmlElement* root = doc.RootElement();

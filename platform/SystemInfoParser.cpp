@@ -1,6 +1,7 @@
 #include "platform/SystemInfoParser.h"
 
-#include "platform/DeviceRoot.h"
+#include "platform/FileReader.h"
+#include "platform/InputLimits.h"
 #include "platform/StringHandler.h"
 
 #include <cstring>
@@ -41,9 +42,13 @@ int onEntry(void* user, const char* section, const char* name, const char* value
 
 bool SystemInfoParser::parseMachineInfo(const std::string& devicePath, MachineInfo& info) {
     DeviceSection device;
-    const std::string hostPath = DeviceRoot::resolve(devicePath);
-    const bool ok = ini_parse(hostPath.c_str(), onEntry, &device) == 0 && device.hasType &&
-                    !device.badType && device.hasModel && device.hasCode;
+    // The INI parser gets the text, never the file: a FIFO, a device or an
+    // endless file is refused before it, and it sees at most the cap.
+    std::string text;
+    const bool read =
+        readDeviceFile(devicePath, inputcap::MACHINE_INFO_MAX, text) == ReadStatus::Ok;
+    const bool ok = read && ini_parse_string(text.c_str(), onEntry, &device) == 0 &&
+                    device.hasType && !device.badType && device.hasModel && device.hasCode;
     info = ok ? device.info : MachineInfo();
     return ok;
 }

@@ -1,6 +1,7 @@
 #include "platform/VXFile.h"
 
 #include "platform/DeviceRoot.h"
+#include "platform/FileReader.h"
 
 #include <algorithm>
 #include <atomic>
@@ -135,13 +136,16 @@ bool VXFile::open(const char* name, unsigned char mode) {
 }
 
 bool VXFile::openForRead(const std::string& hostPath) {
-    m_pFile = std::fopen(hostPath.c_str(), "rbe");
-    if (m_pFile == nullptr) {
+    // Opened like every other read: a FIFO, device or directory is refused
+    // without blocking.
+    ReadStatus eStatus = ReadStatus::Ok;
+    const int fd = openRegularFile(hostPath, eStatus);
+    if (fd < 0) {
         return false;
     }
-    struct stat st {};
-    if (::fstat(fileno(m_pFile), &st) != 0 || S_ISDIR(st.st_mode)) {
-        discard();
+    m_pFile = ::fdopen(fd, "rb");
+    if (m_pFile == nullptr) {
+        ::close(fd);
         return false;
     }
     return true;
@@ -194,6 +198,9 @@ int VXFile::read(char* buf, unsigned int n) {
 int VXFile::write(const char* buf, unsigned int n) {
     if (m_pFile == nullptr || !m_bWriting || (buf == nullptr && n > 0)) {
         return -1;
+    }
+    if (n == 0) {
+        return 0; // an empty set has no bytes, and fwrite must not see its null pointer
     }
     const std::size_t want = n > kMaxTransfer ? kMaxTransfer : n;
     const std::size_t allowed = takeFromBudget(want);

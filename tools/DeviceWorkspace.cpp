@@ -6,6 +6,9 @@
 #include <fstream>
 #include <system_error>
 
+#include "platform/FileReader.h"
+#include "platform/InputLimits.h"
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -64,11 +67,13 @@ bool DeviceWorkspace::prepare(bool p_bFresh, std::string& p_strError) {
 }
 
 bool DeviceWorkspace::checkSource(std::string& p_strError) const {
-    std::ifstream objMarker(fs::path(m_strRoot) / WORKSPACE_MARKER);
-    std::string strLine;
-    if (!objMarker || !std::getline(objMarker, strLine)) {
+    std::string strText;
+    if (readHostFile((fs::path(m_strRoot) / WORKSPACE_MARKER).string(), inputcap::TOOL_MARKER_MAX,
+                     strText) != ReadStatus::Ok ||
+        strText.empty()) {
         return true; // a root of the user's own: used as it is
     }
+    const std::string strLine = strText.substr(0, strText.find('\n'));
     const std::string strMade = strLine.substr(std::min(strLine.size(), MARKER_PREFIX.size()));
     if (strLine.rfind(MARKER_PREFIX, 0) == 0 && !sameDirectory(strMade, m_strSource)) {
         p_strError = m_strRoot + " holds a copy of " + strMade + ", not of " + m_strSource +

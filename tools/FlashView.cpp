@@ -1,12 +1,9 @@
 #include "tools/FlashView.h"
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-
 #include "config/SensorFile.h"
 #include "controller/ISensorController.h"
-#include "platform/DeviceRoot.h"
+#include "platform/FileReader.h"
+#include "platform/InputLimits.h"
 
 namespace {
 
@@ -28,25 +25,22 @@ std::string schemeFilePath(const ISensorController& p_objController, int p_nSche
            "_" + std::to_string(p_nScheme) + ".cfg";
 }
 
-bool readSchemeFile(const std::string& p_strDevicePath, std::vector<KeyVal>& p_vecSet) {
-    // Only a regular file is read: a directory in the file's place would make
-    // the stream throw.
-    const std::string strHostPath = DeviceRoot::resolve(p_strDevicePath);
-    std::error_code ec;
-    if (!std::filesystem::is_regular_file(strHostPath, ec)) {
+bool readSchemeFile(const std::string& p_strDevicePath, std::vector<KeyVal>& p_vecSet,
+                    std::string* p_pWhy) {
+    std::string strBytes;
+    const ReadStatus eStatus = readDeviceFile(p_strDevicePath, inputcap::SCHEME_FILE_MAX, strBytes);
+    if (eStatus != ReadStatus::Ok || strBytes.size() < KEYVAL_FILE_RECORD) {
+        if (p_pWhy != nullptr) {
+            *p_pWhy = eStatus != ReadStatus::Ok ? describeRead(eStatus, inputcap::SCHEME_FILE_MAX)
+                                                : std::string("holds no whole record");
+        }
         return false;
     }
-    std::ifstream objFile(strHostPath, std::ios::binary);
-    if (!objFile) {
-        return false;
-    }
-    const std::string strBytes((std::istreambuf_iterator<char>(objFile)),
-                               std::istreambuf_iterator<char>());
     std::vector<KeyVal> vecSet(strBytes.size() / KEYVAL_FILE_RECORD);
     for (size_t i = 0; i < vecSet.size(); ++i) {
         vecSet[i].key = littleEndianWord(strBytes, KEYVAL_FILE_RECORD * i);
         vecSet[i].value = littleEndianWord(strBytes, KEYVAL_FILE_RECORD * i + 4);
     }
     p_vecSet = std::move(vecSet);
-    return !p_vecSet.empty();
+    return true;
 }

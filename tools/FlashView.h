@@ -11,5 +11,7 @@ class ISensorController;
 
 // The device path of a user scheme's file of the channel.
 std::string schemeFilePath(const ISensorController& p_objController, int p_nScheme);
-// False when the file is missing or holds no whole record.
-bool readSchemeFile(const std::string& p_strDevicePath, std::vector<KeyVal>& p_vecSet);
+// False when the file is missing, is not a regular file, is larger than any
+// set, or holds no whole record; then *p_pWhy (when given) says which.
+bool readSchemeFile(const std::string& p_strDevicePath, std::vector<KeyVal>& p_vecSet,
+                    std::string* p_pWhy = nullptr);

@@ -9,6 +9,8 @@
 
 #include "controller/ISensorController.h"
 #include "platform/DeviceRoot.h"
+#include "platform/FileReader.h"
+#include "platform/InputLimits.h"
 #include "tools/ChannelHost.h"
 #include "tools/CommandHandlers.h"
 #include "tools/CommandLine.h"
@@ -55,12 +57,12 @@ void listCommands() {
 
 // The level the marker file sets, as the module reads it (first line, atoi).
 bool readDebugLevel(int& p_nLevel) {
-    std::ifstream objFile(DeviceRoot::resolve(DEBUG_SIGN_FILE));
-    if (!objFile) {
+    std::string strText;
+    if (readDeviceFile(DEBUG_SIGN_FILE, inputcap::MARKER_FILE_MAX, strText, Oversize::TakePrefix) !=
+        ReadStatus::Ok) {
         return false;
     }
-    std::string strLine;
-    std::getline(objFile, strLine);
+    const std::string strLine = strText.substr(0, strText.find('\n'));
     p_nLevel = strLine.empty() ? 1 : std::atoi(strLine.c_str());
     return true;
 }

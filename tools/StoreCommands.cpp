@@ -129,8 +129,9 @@ bool cmdFlash(Session& p_objSession, const CommandLine& p_objLine) {
     }
     const std::string strFile = schemeFilePath(objController, nScheme);
     std::vector<KeyVal> vecSet;
-    if (!readSchemeFile(strFile, vecSet)) {
-        complain("%s is missing or empty", strFile.c_str());
+    std::string strWhy;
+    if (!readSchemeFile(strFile, vecSet, &strWhy)) {
+        complain("%s: %s", strFile.c_str(), strWhy.c_str());
         return false;
     }
     say("  %s: %zu records", strFile.c_str(), vecSet.size());

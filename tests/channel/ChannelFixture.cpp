@@ -50,7 +50,13 @@ ChannelTest::~ChannelTest() {
 
 void ChannelTest::useMiniDevice(int p_nType, const std::string& p_strDetail) {
     m_strDetail = p_strDetail;
-    m_objIsp.setDynamicCommands(-1, {}); // the mini style's values stand as written
+    // The mini style's values stand as written: nothing is dynamic, and the
+    // maximum shutter takes the style's 100 (the sensor's list stops at 8).
+    m_objIsp.setDynamicCommands(-1, {});
+    ia_dynamic_params_attr_st stShutter{};
+    stShutter.param_type = 1;
+    stShutter.max_val = 255;
+    m_objIsp.setAttribute(-1, 49, stShutter);
     m_objRoot.writeFile("/mnt/mtd/code/factory_setting/machineinfo.ini",
                         "[device]\ntype = " + std::to_string(p_nType) +
                             "\nhardware_model = SIM\nhardware_code = MINI\n");

@@ -47,6 +47,46 @@ TEST_F(TextInterfaceTest, MalformedIdListsAreRefusedAndLeaveTheReply) {
     EXPECT_EQ(std::vector<std::string>{"34"}, vecIds);
 }
 
+TEST_F(TextInterfaceTest, OverLongRequestsAreRefusedWholeAndOnlyNumbersAreAnswered) {
+    ISensorController& c = upMini();
+    ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_BRIGHTNESS, 60, true));
+    const auto ids = [](size_t p_nCount, const std::string& p_strId) {
+        std::string strText = "(" + p_strId;
+        for (size_t i = 1; i < p_nCount; ++i) {
+            strText += "," + p_strId;
+        }
+        return strText + ")";
+    };
+    std::string strOut = "untouched";
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(0, c.getParameters(ids(1000000, ""), strOut)) << "a million empty ids";
+    EXPECT_EQ(0, c.getParameters(ids(257, "34"), strOut));
+    EXPECT_THAT(::testing::internal::GetCapturedStdout(), HasSubstr("p_strIds too long"));
+    EXPECT_EQ("untouched", strOut);
+    EXPECT_EQ(1, c.getParameters(ids(256, "34"), strOut));
+    EXPECT_EQ(256 * std::string("(34,60)").size(), strOut.size());
+    // Not numbers: never read as key 0, as atoi would have them.
+    EXPECT_EQ(1, c.getParameters("(abc,34, 2337 ,3x,,0x22)", strOut));
+    EXPECT_EQ("(34,60)(2337,128)", strOut);
+
+    m_objIsp.clearLog();
+    const std::string strPair = "(34,61)";
+    EXPECT_EQ(SNS_FAILED, c.setParameters(strPair + std::string(16 * 1024, ' '), true));
+    EXPECT_TRUE(setsOf(KEY_BRIGHTNESS).empty()) << "nothing of a refused text is applied";
+}
+
+// The ISP refuses a value outside its range, as a sensor's library does: the
+// write fails naming the key, and neither the set nor flash takes the value.
+TEST_F(TextInterfaceTest, AValueTheIspRefusesReachesNeitherTheSetNorFlash) {
+    ASSERT_TRUE(m_objIsp.loadProfileText(
+        R"(<SensorProfile name="b"><Command id="34" value="50" min="0" max="100"/></SensorProfile>)"));
+    ISensorController& c = upMini();
+    EXPECT_EQ(-static_cast<int>(KEY_BRIGHTNESS), c.setParameters(std::string("(34,101)"), true));
+    EXPECT_EQ(50, param(KEY_BRIGHTNESS));
+    ASSERT_EQ(SNS_SUCCESS, c.flush());
+    EXPECT_EQ(50u, valueOf(readSet(schemeFile(1, 0)), KEY_BRIGHTNESS));
+}
+
 TEST_F(TextInterfaceTest, RangesOnlyForRangeCapableDynamicCommands) {
     ISensorController& c = upMini();
     m_objIsp.setDynamicCommands(0, {KEY_MAX_SHUTTER, KEY_BRIGHTNESS});

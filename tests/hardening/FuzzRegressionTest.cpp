@@ -9,6 +9,7 @@
 #include "config/SensorKeyVal.h"
 #include "config/SensorXml.h"
 #include "platform/ModuleConfigureParser.h"
+#include "platform/XmlText.h"
 
 namespace sensortest {
 namespace {
@@ -97,6 +98,40 @@ TEST(FuzzRegressionTest, GroupsLackingANumberAreSkippedAndTheRestRead) {
         EXPECT_EQ(35u, vecOut[0].key) << szText;
         EXPECT_EQ(2u, vecOut[0].value) << szText;
     }
+}
+
+// TinyXML recurses once per level of nesting: 100,000 levels overflowed the
+// stack. Deeper than the limit is refused before the parser sees the text;
+// markup that does not open an element is not counted.
+TEST(FuzzRegressionTest, DocumentsNestedDeeperThanTheLimitAreRefusedBeforeParsing) {
+    TempDeviceRoot objRoot; // the refusal is logged
+    const auto deep = [](int p_nDepth) {
+        std::string strOpen;
+        std::string strClose;
+        for (int i = 0; i < p_nDepth; ++i) {
+            strOpen += "<a>";
+            strClose += "</a>";
+        }
+        return strOpen + strClose;
+    };
+    const std::pair<std::string, int> arrCases[] = {
+        {deep(256), 256},
+        {deep(257), 257},
+        {deep(100000), 257},
+        {"<a><!-- <b><c> --><b/><b></b></a>", 2},
+        {"<a x='<b>' y=\"/>\"><![CDATA[<c><d>]]></a>", 1},
+        {"<?xml version=\"1.0\"?><!DOCTYPE a><a>< b>1 <2</a>", 1},
+        {"<a><b><c", 3},
+    };
+    for (const auto& [strText, nDepth] : arrCases) {
+        EXPECT_EQ(xmlDepth(strText.c_str(), strText.size(), 256), nDepth) << strText.substr(0, 80);
+    }
+    TiXmlDocumentEx objDoc;
+    EXPECT_TRUE(objDoc.LoadMem(deep(256).c_str(), TIXML_ENCODING_UTF8));
+    CaptureStdout();
+    EXPECT_FALSE(objDoc.LoadMem(deep(100000).c_str(), TIXML_ENCODING_UTF8));
+    EXPECT_NE(GetCapturedStdout().find("nested deeper than 256 levels"), std::string::npos);
+    EXPECT_EQ(objDoc.RootElement(), nullptr);
 }
 
 } // namespace

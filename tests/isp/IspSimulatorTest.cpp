@@ -9,10 +9,10 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <cstring>
 #include <numeric>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -20,12 +20,6 @@ namespace {
 
 constexpr uint32_t kGuard = 0xA5A5A5A5u;
 constexpr uint32_t kListCmd = IA_CMD_DYNAMIC_PARAMS_CMDS_GET;
-
-// A record followed by a guard word, to catch writes past the record.
-template <typename Rec> struct WithGuard {
-    Rec rec{};
-    uint32_t guard = kGuard;
-};
 
 ia_dynamic_params_attr_st listAttr(std::initializer_list<int32_t> p_lstItems) {
     ia_dynamic_params_attr_st stAttr{};
@@ -35,7 +29,8 @@ ia_dynamic_params_attr_st listAttr(std::initializer_list<int32_t> p_lstItems) {
 }
 
 const char kTwoChannelProfile[] = R"xml(<SensorProfile name="dual">
-  <Command id="34" value="60"/>
+  <Command id="34" value="60" min="0" max="100"/>
+  <Command id="2528" value="1" items="0 1 2 3"/>
   <Record id="2496" text="LENS 2.3"/>
   <Dynamic id="2368" type="0"><Item value="1"/><Item value="3"/></Dynamic>
   <DayNight dayThreshold="50" nightThreshold="20" level="10"/>
@@ -50,15 +45,23 @@ std::string wrap(const std::string& p_strBody) {
     return "<SensorProfile>" + p_strBody + "</SensorProfile>";
 }
 
+std::string repeated(const std::string& p_strText, int p_nTimes) {
+    std::string strOut;
+    for (int i = 0; i < p_nTimes; ++i) {
+        strOut += p_strText;
+    }
+    return strOut;
+}
+
 // A profile with n dynamic commands, or one dynamic command with n items.
 std::string manyDynamics(int p_nCount, bool p_bItems) {
-    std::string strBody = p_bItems ? "<Dynamic id=\"16\" type=\"0\">" : "";
+    std::string strBody;
     for (int i = 0; i < p_nCount; ++i) {
         strBody += p_bItems ? "<Item value=\"" + std::to_string(i) + "\"/>"
                             : "<Dynamic id=\"" + std::to_string(100 + i) +
                                   "\" type=\"0\"><Item value=\"0\"/></Dynamic>";
     }
-    return wrap(strBody + (p_bItems ? "</Dynamic>" : ""));
+    return wrap(p_bItems ? "<Dynamic id=\"16\" type=\"0\">" + strBody + "</Dynamic>" : strBody);
 }
 
 // The process-wide simulator, back on the built-in profile before every test.
@@ -82,16 +85,25 @@ protected:
         EXPECT_EQ(call(p_nChannel, p_nCmd, IA_CMD_OPT_CORRECT_PARAM, &p_nValue), p_nExpect);
         return p_nValue;
     }
+    // A record read through the ISP call, with a guard word after it against overruns.
+    template <typename Rec>
+    static Rec guarded(int p_nChannel, uint32_t p_nCmd, int p_nOption, int p_nExpect = 0) {
+        struct {
+            Rec rec{};
+            uint32_t guard = kGuard;
+        } stRead;
+        EXPECT_EQ(call(p_nChannel, p_nCmd, p_nOption, &stRead.rec), p_nExpect);
+        EXPECT_EQ(stRead.guard, kGuard);
+        return stRead.rec;
+    }
     // The channel's dynamic list as the ISP call gives it (at most the record's 16).
     static std::vector<uint32_t> dynamicList(int p_nChannel, int32_t* p_pCount = nullptr) {
-        WithGuard<ia_dynamic_cmd_list_st> stList;
-        EXPECT_EQ(call(p_nChannel, kListCmd, IA_CMD_OPT_GET, &stList.rec), 0);
-        EXPECT_EQ(stList.guard, kGuard);
+        const auto stList = guarded<ia_dynamic_cmd_list_st>(p_nChannel, kListCmd, IA_CMD_OPT_GET);
         if (p_pCount != nullptr) {
-            *p_pCount = stList.rec.cmd_cnt;
+            *p_pCount = stList.cmd_cnt;
         }
-        const int nCount = std::clamp(stList.rec.cmd_cnt, 0, IA_DYNAMIC_CMD_MAX);
-        return std::vector<uint32_t>(stList.rec.cmd_list, stList.rec.cmd_list + nCount);
+        const int nCount = std::clamp(stList.cmd_cnt, 0, IA_DYNAMIC_CMD_MAX);
+        return std::vector<uint32_t>(stList.cmd_list, stList.cmd_list + nCount);
     }
     // The values read through the ISP call at these (channel, command) pairs.
     static std::string values(std::initializer_list<std::pair<int, uint32_t>> p_lstAt) {
@@ -101,12 +113,9 @@ protected:
         }
         return strOut;
     }
-    // A command's attribute record as the ISP call gives it.
     static ia_dynamic_params_attr_st range(int p_nChannel, uint32_t p_nCmd, int p_nExpect = 0) {
-        WithGuard<ia_dynamic_params_attr_st> stAttr;
-        EXPECT_EQ(call(p_nChannel, p_nCmd, IA_CMD_OPT_GET_PARAM_RNAGE, &stAttr.rec), p_nExpect);
-        EXPECT_EQ(stAttr.guard, kGuard);
-        return stAttr.rec;
+        return guarded<ia_dynamic_params_attr_st>(p_nChannel, p_nCmd, IA_CMD_OPT_GET_PARAM_RNAGE,
+                                                  p_nExpect);
     }
     // The log as "channel:cmd:option=value[,record bytes]->result " entries.
     static std::string logText() {
@@ -125,7 +134,7 @@ protected:
 
 } // namespace
 
-TEST_F(IspTest, ValuesAndRecordsAreStoredPerChannelAndCommand) {
+TEST_F(IspTest, ValuesAndRecordsAreStoredPerChannelAndCommandInTheirSize) {
     ASSERT_EQ(set(0, 34, 70), 0);
     ASSERT_EQ(set(1, 34, 20), 0);
     ASSERT_EQ(set(2, 0x7777, -9), 0); // unknown commands are stored like any other
@@ -134,43 +143,54 @@ TEST_F(IspTest, ValuesAndRecordsAreStoredPerChannelAndCommand) {
     EXPECT_EQ(values({{0, 34}, {1, 34}, {3, 34}, {2, 0x7777}, {2, 0x7778}, {2, 34}}),
               "70 20 50 -9 0 99");
     EXPECT_EQ(sim().getValue(1, 34), 20);
-
     EXPECT_EQ(sim().getRecord(0, 145),
               (std::vector<uint8_t>{70, 0, 0, 0, 30, 0, 0, 0, 0, 0, 0, 0}));
     std::array<char, 50> arrVersion{};
     ASSERT_EQ(call(0, 2496, IA_CMD_OPT_GET, arrVersion.data()), 0);
     EXPECT_STREQ(arrVersion.data(), "ISP-SIM 1.0");
-    ASSERT_TRUE(sim().setRecord(0, 1606, {1}));
     bool bHeat = false; // the heat status is one byte: a bool receives it
-    ASSERT_EQ(call(0, 1606, IA_CMD_OPT_GET, &bHeat), 0);
+    ASSERT_TRUE(sim().setRecord(0, 1606, {1}) && call(0, 1606, IA_CMD_OPT_GET, &bHeat) == 0);
     EXPECT_TRUE(bHeat);
     // Value and record commands are kept apart.
-    EXPECT_FALSE(sim().setRecord(0, 1606, {1, 0}));
-    EXPECT_FALSE(sim().setRecord(0, 34, {1, 0, 0, 0}));
-    EXPECT_FALSE(sim().setValue(0, 145, 1));
-    EXPECT_FALSE(sim().getValue(0, 145).has_value());
+    EXPECT_FALSE(sim().setRecord(0, 1606, {1, 0}) || sim().setRecord(0, 34, {1, 0, 0, 0}) ||
+                 sim().setValue(0, 145, 1) || sim().getValue(0, 145).has_value());
     EXPECT_TRUE(sim().getRecord(0, 34).empty());
-}
-
-TEST_F(IspTest, RecordCommandsMoveExactlyTheirSize) {
     const std::pair<uint32_t, std::size_t> arrSizes[] = {
         {145, 12}, {146, 12}, {154, 12},  {149, 16},  {150, 16},
         {151, 16}, {152, 16}, {2816, 16}, {2496, 50}, {1606, 1}};
     for (const auto& [nCmd, nSize] : arrSizes) {
-        SCOPED_TRACE(nCmd);
         std::array<uint8_t, 64> arrBuf;
         arrBuf.fill(0xCC);
-        ASSERT_EQ(call(1, nCmd, IA_CMD_OPT_GET, arrBuf.data()), 0);
-        EXPECT_EQ(std::count(arrBuf.begin() + nSize, arrBuf.end(), 0xCC), 64 - nSize);
+        ASSERT_EQ(call(2, nCmd, IA_CMD_OPT_GET, arrBuf.data()), 0);
+        EXPECT_EQ(std::count(arrBuf.begin() + nSize, arrBuf.end(), 0xCC), 64 - nSize) << nCmd;
         std::iota(arrBuf.begin(), arrBuf.end(), 1);
-        ASSERT_EQ(call(1, nCmd, IA_CMD_OPT_SET, arrBuf.data()), 0);
-        EXPECT_EQ(sim().getRecord(1, nCmd),
+        ASSERT_EQ(call(2, nCmd, IA_CMD_OPT_SET, arrBuf.data()), 0);
+        EXPECT_EQ(sim().getRecord(2, nCmd),
                   std::vector<uint8_t>(arrBuf.begin(), arrBuf.begin() + nSize));
-        EXPECT_NE(sim().getRecord(0, nCmd), sim().getRecord(1, nCmd));
+        EXPECT_NE(sim().getRecord(3, nCmd), sim().getRecord(2, nCmd)) << nCmd;
     }
 }
 
-TEST_F(IspTest, MalformedCallsAreRefusedAndExecStatusIsPerCommand) {
+// A SET outside the command's range is refused as a sensor's ISP library
+// refuses it: the plain bounds of a profile Command, a dynamic command's
+// items or min..max; a channel's own Command replaces the document's bounds.
+TEST_F(IspTest, SetsOutsideTheRangeAreRefusedAndStoreNothing) {
+    ASSERT_TRUE(sim().loadProfileText(kTwoChannelProfile));
+    constexpr int BAD = IspSimulator::ERR_OUT_OF_RANGE;
+    const std::array<int32_t, 5> arrCases[] = {
+        // channel, command, value, result, value then
+        {0, 34, 101, BAD, 60}, {0, 34, -1, BAD, 60}, {0, 34, 100, 0, 100}, {0, 2528, 7, BAD, 1},
+        {0, 2528, 3, 0, 3},    {0, 2368, 2, BAD, 1}, {0, 2368, 3, 0, 3},   {1, 16, 10, BAD, 4},
+        {1, 16, 9, 0, 9},      {1, 34, 500, 0, 500}, {1, 4242, -7, 0, -7}};
+    for (const auto& [nChannel, nCmd, nValue, nResult, nThen] : arrCases) {
+        EXPECT_EQ(set(nChannel, nCmd, nValue), nResult) << nCmd << " " << nValue;
+        EXPECT_EQ(get(nChannel, nCmd), nThen) << nCmd << " " << nValue;
+    }
+    ASSERT_TRUE(sim().setAttribute(0, 4000, listAttr({}))); // no items: nothing to hold to
+    EXPECT_EQ(set(0, 4000, 17), 0);
+}
+
+TEST_F(IspTest, MalformedCallsInjectedFailuresAndExecStatus) {
     for (int nOption = IA_CMD_OPT_SET; nOption <= IA_CMD_OPT_GET_EXEC_STATUS; ++nOption) {
         EXPECT_NE(call(0, 34, nOption, nullptr), 0);
         EXPECT_NE(call(0, 145, nOption, nullptr), 0);
@@ -185,29 +205,24 @@ TEST_F(IspTest, MalformedCallsAreRefusedAndExecStatusIsPerCommand) {
     }
     ia_dynamic_cmd_list_st stList{}; // the dynamic list can only be read
     EXPECT_NE(call(0, kListCmd, IA_CMD_OPT_SET, &stList), 0);
-    EXPECT_FALSE(sim().setValue(isp::kChannelCount, 34, 1));
-    EXPECT_FALSE(sim().getValue(-1, 34).has_value());
+    EXPECT_FALSE(sim().setValue(isp::kChannelCount, 34, 1) || sim().getValue(-1, 34));
     EXPECT_EQ(get(0, 34), 50);
 
-    int32_t nStatus = -1;
-    ASSERT_TRUE(sim().setExecStatus(0, 1536, 3));
-    ASSERT_TRUE(sim().setExecStatus(-1, 1537, 2)); // every channel
+    ASSERT_TRUE(sim().setExecStatus(0, 1536, 3) && sim().setExecStatus(-1, 1537, 2)); // -1: all
     EXPECT_FALSE(sim().setExecStatus(9, 1537, 2));
     const std::array<int, 3> arrStatus[] = {{0, 1536, 3}, {1, 1536, 0}, {3, 1537, 2}};
     for (const auto& [nChannel, nCmd, nExpected] : arrStatus) {
+        int32_t nStatus = -1;
         ASSERT_EQ(call(nChannel, nCmd, IA_CMD_OPT_GET_EXEC_STATUS, &nStatus), 0);
         EXPECT_EQ(nStatus, nExpected) << nChannel << "/" << nCmd;
     }
-}
 
-TEST_F(IspTest, InjectedFailuresReturnTheCodeAndChangeNothing) {
     ASSERT_EQ(set(0, 34, 1234), 0);
     ASSERT_TRUE(sim().failCommand(0, 34, IA_CMD_OPT_GET, -5));
     sim().clearLog();
     int32_t nValue = 99;
     EXPECT_EQ(call(0, 34, IA_CMD_OPT_GET, &nValue), -5);
-    EXPECT_EQ(nValue, 99);
-    EXPECT_EQ(logText(), "0:34:1=99->-5 ");
+    EXPECT_EQ(logText(), "0:34:1=99->-5 ") << "the value is left untouched";
     EXPECT_EQ(get(1, 34), 50);      // other channel
     EXPECT_EQ(set(0, 34, 1300), 0); // other option
     // Any channel and option; a failed SET stores nothing.
@@ -215,13 +230,12 @@ TEST_F(IspTest, InjectedFailuresReturnTheCodeAndChangeNothing) {
     EXPECT_EQ(set(2, 2369, 10), 7);
     EXPECT_EQ(sim().getValue(2, 2369), 50);
     // The first rule that matches decides.
-    ASSERT_TRUE(sim().failCommand(1, 2400, -1, -8));
-    ASSERT_TRUE(sim().failCommand(-1, 2400, IA_CMD_OPT_SET, -9));
+    ASSERT_TRUE(sim().failCommand(1, 2400, -1, -8) &&
+                sim().failCommand(-1, 2400, IA_CMD_OPT_SET, -9));
     EXPECT_EQ(set(1, 2400, 1), -8);
     EXPECT_EQ(set(0, 2400, 1), -9);
-    EXPECT_FALSE(sim().failCommand(0, 34, IA_CMD_OPT_GET, 0));
-    EXPECT_FALSE(sim().failCommand(0, 34, 5, -1));
-    EXPECT_FALSE(sim().failCommand(-2, 34, 1, -1));
+    EXPECT_FALSE(sim().failCommand(0, 34, IA_CMD_OPT_GET, 0) || sim().failCommand(0, 34, 5, -1) ||
+                 sim().failCommand(-2, 34, 1, -1));
     sim().clearFailures();
     EXPECT_EQ(get(0, 34), 1300);
     EXPECT_EQ(set(2, 2369, 10), 0);
@@ -248,16 +262,15 @@ TEST_F(IspTest, LogKeepsCallsInOrderWithDataAfterTheCallUpToItsCapacity) {
     }
     const auto vecLog = sim().log();
     ASSERT_EQ(vecLog.size(), IspSimulator::kLogCapacity);
-    EXPECT_EQ(vecLog.front().value, 5);
-    EXPECT_EQ(vecLog.back().value, nCalls - 1);
+    EXPECT_EQ(std::make_pair(vecLog.front().value, vecLog.back().value),
+              std::make_pair(5, nCalls - 1));
 }
 
 TEST_F(IspTest, ResetRestoresTheProfilesStartingState) {
     ASSERT_EQ(set(0, 34, 1), 0);
-    ASSERT_TRUE(sim().setRecord(0, 2496, std::vector<uint8_t>(50, 'x')));
-    ASSERT_TRUE(sim().failCommand(-1, 2337, -1, -4));
-    ASSERT_TRUE(sim().setLightLevel(0, 0));
-    ASSERT_TRUE(sim().setDynamicCommands(0, {34}));
+    ASSERT_TRUE(sim().setRecord(0, 2496, std::vector<uint8_t>(50, 'x')) &&
+                sim().failCommand(-1, 2337, -1, -4) && sim().setLightLevel(0, 0) &&
+                sim().setDynamicCommands(0, {34}));
     sim().enableLog(false);
     sim().reset();
     EXPECT_TRUE(sim().log().empty());
@@ -273,10 +286,8 @@ TEST_F(IspTest, ConcurrentCallsOnAllChannelsAreSerialised) {
     std::vector<std::thread> vecThreads;
     for (int nChannel = 0; nChannel < isp::kChannelCount; ++nChannel) {
         vecThreads.emplace_back([nChannel] {
-            for (int i = 0; i < kRounds; ++i) {
-                set(nChannel, 34, i);
-                int32_t nValue = 0;
-                call(nChannel, 34, IA_CMD_OPT_GET, &nValue);
+            for (int32_t i = 0, nRead = 0; i < kRounds; ++i) {
+                (void)(set(nChannel, 34, i) + call(nChannel, 34, IA_CMD_OPT_GET, &nRead));
             }
         });
     }
@@ -289,22 +300,17 @@ TEST_F(IspTest, ConcurrentCallsOnAllChannelsAreSerialised) {
     }
 }
 
-TEST_F(IspTest, ListAndRangesComeFromTheProfile) {
+TEST_F(IspTest, ListRangesAndCorrectionComeFromTheProfile) {
     EXPECT_EQ(dynamicList(0), (std::vector<uint32_t>{16, 49, 2368, 2369, 2464, 2497}));
     EXPECT_EQ(get(0, 49), 6); // a dynamic command without a value starts at its default
     ia_dynamic_params_attr_st stAttr = range(1, 2368);
-    EXPECT_EQ(stAttr.param_type, 0);
-    EXPECT_EQ(stAttr.max_val, 2);
-    ASSERT_EQ(stAttr.items_cnt, 3);
-    EXPECT_EQ(stAttr.item[2], 2);
+    EXPECT_EQ(std::make_tuple(stAttr.param_type, stAttr.max_val, stAttr.items_cnt, stAttr.item[2]),
+              std::make_tuple(0, 2, 3, 2));
     stAttr = range(1, 2369);
-    EXPECT_NE(stAttr.param_type, 0);
-    EXPECT_EQ(stAttr.max_val, 100);
-    EXPECT_EQ(stAttr.default_val, 50);
+    EXPECT_EQ(std::make_tuple(stAttr.param_type != 0, stAttr.max_val, stAttr.default_val),
+              std::make_tuple(true, 100, 50));
     range(1, 34, IspSimulator::ERR_NOT_DYNAMIC);
-}
 
-TEST_F(IspTest, CorrectionPicksTheNearestItemOrClamps) {
     ASSERT_TRUE(sim().setAttribute(0, 4000, listAttr({30, 10, 20})));
     ASSERT_TRUE(sim().setAttribute(0, 4001, listAttr({INT32_MIN, INT32_MAX})));
     const std::array<int32_t, 3> arrCases[] = {
@@ -319,7 +325,7 @@ TEST_F(IspTest, CorrectionPicksTheNearestItemOrClamps) {
     EXPECT_EQ(get(0, 49), 6); // correction never stores
 }
 
-TEST_F(IspTest, CorrectionSurvivesMalformedAttributes) {
+TEST_F(IspTest, MalformedAttributesAndOverridesStayInsideTheRecords) {
     // An empty list, or a count below zero, offers nothing: the value stays.
     ASSERT_TRUE(sim().setAttribute(0, 4000, listAttr({})));
     EXPECT_EQ(correct(0, 4000, 17), 17);
@@ -333,14 +339,11 @@ TEST_F(IspTest, CorrectionSurvivesMalformedAttributes) {
     ASSERT_TRUE(sim().setAttribute(0, 4000, stAttr));
     EXPECT_EQ(correct(0, 4000, 5000), 1063);
     // A range with min above max cannot correct and says so.
-    stAttr.param_type = 1;
-    stAttr.min_val = 10;
-    stAttr.max_val = 0;
+    std::tie(stAttr.param_type, stAttr.min_val, stAttr.max_val) = std::make_tuple(1, 10, 0);
     ASSERT_TRUE(sim().setAttribute(0, 4000, stAttr));
     EXPECT_EQ(correct(0, 4000, 5, IspSimulator::ERR_BAD_ATTRIBUTE), 5);
-}
 
-TEST_F(IspTest, OverridesReportCountsAsSetButStayInsideTheRecords) {
+    // Overrides report counts as set, but only what fits is copied.
     std::vector<uint32_t> vecCmds(20);
     std::iota(vecCmds.begin(), vecCmds.end(), 100u);
     ASSERT_TRUE(sim().setDynamicCommands(-1, vecCmds));
@@ -348,19 +351,16 @@ TEST_F(IspTest, OverridesReportCountsAsSetButStayInsideTheRecords) {
     EXPECT_EQ(dynamicList(2, &nCount),
               std::vector<uint32_t>(vecCmds.begin(), vecCmds.begin() + 16));
     EXPECT_EQ(nCount, 20);
-
     ia_dynamic_params_attr_st stHuge = listAttr({4, 5});
     stHuge.items_cnt = 65;
     ASSERT_TRUE(sim().setAttribute(1, 34, stHuge));
-    const ia_dynamic_params_attr_st stAttr = range(1, 34);
-    EXPECT_EQ(stAttr.items_cnt, 65);
-    EXPECT_EQ(stAttr.item[1], 5);
+    EXPECT_EQ(std::make_pair(range(1, 34).items_cnt, range(1, 34).item[1]), std::make_pair(65, 5));
     range(0, 34, IspSimulator::ERR_NOT_DYNAMIC); // only channel 1 got it
-    EXPECT_FALSE(sim().setDynamicCommands(isp::kChannelCount, {}));
-    EXPECT_FALSE(sim().setAttribute(-3, 34, stHuge));
+    EXPECT_FALSE(sim().setDynamicCommands(isp::kChannelCount, {}) ||
+                 sim().setAttribute(-3, 34, stHuge));
 }
 
-TEST_F(IspTest, ProfileTextSetsValuesPerChannel) {
+TEST_F(IspTest, ProfilesFromTextFilesAndTheEnvironmentSetValuesPerChannel) {
     std::string strError;
     ASSERT_TRUE(sim().loadProfileText(kTwoChannelProfile, &strError)) << strError;
     EXPECT_EQ(sim().profileName(), "dual");
@@ -373,18 +373,51 @@ TEST_F(IspTest, ProfileTextSetsValuesPerChannel) {
     EXPECT_EQ(dynamicList(0), std::vector<uint32_t>{2368});
     EXPECT_EQ(dynamicList(1), std::vector<uint32_t>{16}); // channel 1's list replaces it
     EXPECT_EQ(correct(1, 16, 12), 9);
+
+    sim().loadDefaultProfile();
+    sensortest::TempDeviceRoot objRoot;
+    objRoot.writeFile("/profiles/dual.xml", kTwoChannelProfile);
+    objRoot.writeFile("/profiles/broken.xml", "<SensorProfile>");
+    const std::string strGood = objRoot.hostPath("/profiles/dual.xml");
+    const std::string strBroken = objRoot.hostPath("/profiles/broken.xml");
+    // Read through the bounded reader: a missing file or a directory is refused.
+    for (const char* szBad : {"/profiles/missing.xml", "/profiles"}) {
+        EXPECT_FALSE(sim().loadProfile(objRoot.hostPath(szBad), &strError));
+        EXPECT_NE(strError.find("cannot open"), std::string::npos) << strError;
+    }
+    EXPECT_FALSE(sim().loadProfile(strBroken, &strError));
+    EXPECT_NE(strError.find(strBroken), std::string::npos) << strError;
+    ASSERT_TRUE(sim().loadProfile(strGood, &strError)) << strError;
+    EXPECT_EQ(get(1, 34), 40);
+    // A simulator made afterwards starts from SENSOR_ISP_PROFILE; a broken one
+    // falls back to the built-in sensor.
+    ASSERT_EQ(setenv("SENSOR_ISP_PROFILE", strGood.c_str(), 1), 0);
+    const IspSimulator objFromEnv;
+    ASSERT_EQ(setenv("SENSOR_ISP_PROFILE", strBroken.c_str(), 1), 0);
+    const IspSimulator objFallback;
+    unsetenv("SENSOR_ISP_PROFILE");
+    EXPECT_EQ(objFromEnv.getValue(1, 34), 40);
+    EXPECT_EQ(objFallback.profileName(), "builtin");
 }
 
 TEST_F(IspTest, BrokenProfilesAreRefusedAndChangeNothing) {
+    const std::string strCmd = "<Command id=\"34\" value=";
     const std::pair<std::string, std::string> arrCases[] = {
         {"<SensorProfile><Command id=\"34\"", "XML error"},
         {"<Profile/>", "root element"},
+        {wrap(repeated("<C>", 300) + repeated("</C>", 300)), "nested deeper than 256"},
         {wrap("<Comand id=\"34\" value=\"1\"/>"), "unknown element"},
-        {wrap("<Command id=\"34\" value=\"1\" colour=\"red\"/>"), "unknown attribute"},
+        {wrap(strCmd + "\"1\" colour=\"red\"/>"), "unknown attribute"},
         {wrap("<Command id=\"34\"/>"), "\"value\" is missing"},
-        {wrap("<Command id=\"34\" value=\"5x\"/>"), "not a number"},
-        {wrap("<Command id=\"34\" value=\"2147483648\"/>"), "not a number"},
-        {wrap("<Command id=\"34\" value=\"1\"/><Command id=\"34\" value=\"2\"/>"), "twice"},
+        {wrap(strCmd + "\"5x\"/>"), "not a number"},
+        {wrap(strCmd + "\"2147483648\"/>"), "not a number"},
+        {wrap(strCmd + "\"1\"/>" + strCmd + "\"2\"/>"), "twice"},
+        {wrap(strCmd + "\"1\" min=\"0\"/>"), "together"},
+        {wrap(strCmd + "\"1\" min=\"0\" max=\"1\" items=\"1\"/>"), "together"},
+        {wrap(strCmd + "\"5\" min=\"0\" max=\"4\"/>"), "outside its own"},
+        {wrap(strCmd + "\"5\" items=\"1 2\"/>"), "outside its own"},
+        {wrap(strCmd + "\"5\" items=\" \"/>"), "at least one value"},
+        {wrap(strCmd + "\"5\" min=\"9\" max=\"1\"/>"), "min <= max"},
         {wrap("<Command id=\"145\" value=\"1\"/>"), "carries a record"},
         {wrap("<Record id=\"145\" words=\"1 2 3 4\"/>"), "do not fit"},
         {wrap("<Record id=\"2496\" text=\"a\" bytes=\"1\"/>"), "exactly one"},
@@ -401,37 +434,13 @@ TEST_F(IspTest, BrokenProfilesAreRefusedAndChangeNothing) {
     ASSERT_EQ(set(0, 34, 77), 0);
     for (const auto& [strXml, strExpected] : arrCases) {
         std::string strError;
-        EXPECT_FALSE(sim().loadProfileText(strXml, &strError)) << strXml;
+        EXPECT_FALSE(sim().loadProfileText(strXml, &strError)) << strXml.substr(0, 200);
         EXPECT_NE(strError.find(strExpected), std::string::npos) << strError;
     }
     EXPECT_EQ(get(0, 34), 77);
     EXPECT_EQ(sim().profileName(), "builtin");
     EXPECT_TRUE(sim().loadProfileText(manyDynamics(16, false)));
     EXPECT_TRUE(sim().loadProfileText(manyDynamics(64, true)));
-}
-
-TEST_F(IspTest, ProfileFilesAndTheEnvironmentChooseTheSensor) {
-    sensortest::TempDeviceRoot objRoot;
-    objRoot.writeFile("/profiles/dual.xml", kTwoChannelProfile);
-    objRoot.writeFile("/profiles/broken.xml", "<SensorProfile>");
-    const std::string strGood = objRoot.hostPath("/profiles/dual.xml");
-    const std::string strBroken = objRoot.hostPath("/profiles/broken.xml");
-    std::string strError;
-    EXPECT_FALSE(sim().loadProfile(objRoot.hostPath("/profiles/missing.xml"), &strError));
-    EXPECT_NE(strError.find("cannot open"), std::string::npos) << strError;
-    EXPECT_FALSE(sim().loadProfile(strBroken, &strError));
-    EXPECT_NE(strError.find(strBroken), std::string::npos) << strError;
-    ASSERT_TRUE(sim().loadProfile(strGood, &strError)) << strError;
-    EXPECT_EQ(get(1, 34), 40);
-    // A simulator made afterwards starts from SENSOR_ISP_PROFILE; a broken one
-    // falls back to the built-in sensor.
-    ASSERT_EQ(setenv("SENSOR_ISP_PROFILE", strGood.c_str(), 1), 0);
-    const IspSimulator objFromEnv;
-    ASSERT_EQ(setenv("SENSOR_ISP_PROFILE", strBroken.c_str(), 1), 0);
-    const IspSimulator objFallback;
-    unsetenv("SENSOR_ISP_PROFILE");
-    EXPECT_EQ(objFromEnv.getValue(1, 34), 40);
-    EXPECT_EQ(objFallback.profileName(), "builtin");
 }
 
 TEST_F(IspTest, DayNightStateFollowsTheLightWithHysteresis) {
@@ -444,10 +453,9 @@ TEST_F(IspTest, DayNightStateFollowsTheLightWithHysteresis) {
     }
     // Forcing the state holds until the light crosses a threshold.
     ASSERT_EQ(set(0, 153, 1), 0);
-    ASSERT_TRUE(sim().setLightLevel(0, 45));
-    EXPECT_EQ(get(0, 153), 1);
-    ASSERT_TRUE(sim().setLightLevel(0, 70));
-    EXPECT_EQ(get(0, 153), 0);
+    for (const auto& [nLevel, nState] : {std::make_pair(45, 1), std::make_pair(70, 0)}) {
+        EXPECT_EQ(sim().setLightLevel(0, nLevel) ? get(0, 153) : -1, nState) << nLevel;
+    }
     // Per channel, or every channel at once.
     ASSERT_TRUE(sim().setLightLevel(1, 10));
     EXPECT_EQ(values({{1, 153}, {2, 153}}), "1 0");

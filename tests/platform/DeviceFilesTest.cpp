@@ -1,6 +1,7 @@
 // The device root and what works under it: removal commands, the host file
 // class with its all-or-nothing replacement, and the rotating error log.
 #include "platform/DeviceRoot.h"
+#include "platform/FileReader.h"
 #include "platform/VXFile.h"
 #include "platform/VXLogger.h"
 #include "platform/sy_system.h"
@@ -17,6 +18,7 @@
 #include <regex>
 #include <set>
 #include <string>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -204,6 +206,42 @@ TEST(VXFile, FailedOpenLeavesAnInertObject) {
     EXPECT_FALSE(file.open(kCfg, VXFile::modeWrite)) << "only read and write-truncate";
     EXPECT_FALSE(file.open("/mnt/mtd/code", VXFile::modeRead)) << "a directory";
     EXPECT_EQ("old", root.readFile(kCfg));
+}
+
+// One reader for every file: what is not a regular file is refused without
+// blocking and without reading; a regular file is read up to its cap only.
+TEST(FileReader, RefusesAllButRegularFilesAndReadsNoMoreThanTheCap) {
+    TempDeviceRoot root;
+    root.writeFile("/f/ten", "0123456789");
+    ASSERT_EQ(0, ::mkfifo(root.hostPath("/f/fifo").c_str(), 0644)); // no writer: open would block
+    fs::create_symlink("/dev/zero", root.hostPath("/f/zero"));
+    using R = ReadStatus;
+    const struct {
+        const char* path;
+        std::size_t cap;
+        Oversize how;
+        ReadStatus status;
+        const char* text;
+    } cases[] = {
+        {"/f/ten", 10, Oversize::Refuse, R::Ok, "0123456789"},
+        {"/f/ten", 9, Oversize::Refuse, R::TooLarge, ""},
+        {"/f/ten", 4, Oversize::TakePrefix, R::Ok, "0123"},
+        {"/f/fifo", 64, Oversize::TakePrefix, R::Special, ""},
+        {"/f/zero", 64, Oversize::TakePrefix, R::Special, ""},
+        {"/f", 64, Oversize::Refuse, R::Directory, ""},
+        {"/f/missing", 64, Oversize::Refuse, R::Missing, ""},
+        {"/f/ten/below", 64, Oversize::Refuse, R::Missing, ""},
+    };
+    for (const auto& c : cases) {
+        std::string text = "junk";
+        EXPECT_EQ(c.status, readDeviceFile(c.path, c.cap, text, c.how)) << c.path << " " << c.cap;
+        EXPECT_EQ(c.text, text) << c.path << " " << c.cap;
+    }
+    EXPECT_EQ("larger than 9 bytes", describeRead(R::TooLarge, 9));
+    EXPECT_EQ("not a regular file (FIFO, device or socket)", describeUnopenable("/f/fifo"));
+    EXPECT_EQ("", describeUnopenable("/f/ten"));
+    VXFile file; // the host file class opens the same way
+    EXPECT_FALSE(file.open("/f/fifo") || file.open("/f/zero"));
 }
 
 TEST(VXFile, ReplacementIsAllOrNothing) {
