@@ -19,7 +19,7 @@
 class GThread;
 class VideoStreamModule;
 
-class ISensorController {
+class SENSORDLL_EXPORT ISensorController {
 public:
     ISensorController();
     ~ISensorController();
