@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "common/SensorExport.h"
+
 typedef uint32_t u32;
 typedef int64_t INT64;
 
@@ -39,5 +41,5 @@ extern std::atomic<int> g_nDebugLevel;
 extern std::atomic<bool> g_bEnAssert;
 extern std::atomic<bool> g_bShoWBeawayFalg;
 
-void setshowBeawayFalg(bool p_bShow);
-bool getshowBeawayFalg();
+SENSORDLL_EXPORT void setshowBeawayFalg(bool p_bShow);
+SENSORDLL_EXPORT bool getshowBeawayFalg();

@@ -6,7 +6,10 @@
 
 #include "common/SensorTypes.h"
 #include "common/ia_ioctrl.h"
+#include "config/sensor.h"
 
+class MachineInfo;
+class ModuleConfigure;
 class TiXmlDocument;
 class TiXmlDocumentEx;
 class TiXmlElement;
@@ -15,6 +18,18 @@ class TiXmlElement;
 constexpr const char* SENSOR_VERSION_FILE = "/mnt/mtd/code/config_file/snsversion.cfg";
 // Bytes of one parameter record on flash: key then value, each 32-bit little-endian.
 constexpr u32 KEYVAL_FILE_RECORD = 8;
+
+// ---- Start-up steps sharing what init has read once ----------------------
+// The same from a machine description the caller has read already
+// (p_bMachineInfoRead: whether that read succeeded), so that a start-up reads
+// the file once; the merged style's document is left in p_objMergedStyle for
+// the factory set, so that the style text need not be parsed again.
+int initSysConf(int p_nChannelID, const ModuleConfigure& p_objModuleConfigure,
+                const MachineInfo& p_objMachineInfo, bool p_bMachineInfoRead,
+                TiXmlDocumentEx& p_objMergedStyle, SysConfig* p_stSysConf);
+// The same, merging in p_objMerged, which keeps the merged document.
+int mergeStyle(int p_nChannelID, ModuleConfig* p_pModuleConfig, char** ui_style,
+               char* ui_styleDiversity, TiXmlDocumentEx& p_objMerged);
 
 // ---- Files ---------------------------------------------------------------
 // All names are device paths. Writes replace the file in one step (write to

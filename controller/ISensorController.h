@@ -23,7 +23,7 @@ class GThread;
 class TiXmlDocumentEx;
 class VideoStreamModule;
 
-class ISensorController {
+class SENSORDLL_EXPORT ISensorController {
 public:
     ISensorController();
     ~ISensorController();
