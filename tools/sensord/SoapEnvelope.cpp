@@ -9,22 +9,28 @@ namespace sensord {
 namespace {
 
 // The deepest nesting of start tags, counted without parsing: a start tag
-// is '<' followed by a name character; "</" and a "/>" inside a tag close
-// one. Anything that confuses the count makes it larger, never smaller.
+// is '<' followed by a name character; "</" and a "/>" inside a tag (not
+// inside a quoted attribute value) close one. Anything else that confuses
+// the count makes it larger, never smaller.
 int nestingDepth(const std::string& p_strText) {
     int nDepth = 0;
     int nDeepest = 0;
     bool bInTag = false;
+    char cQuote = 0;
     for (size_t i = 0; i + 1 < p_strText.size(); ++i) {
         const char c = p_strText[i];
         const char cNext = p_strText[i + 1];
-        if (c == '<') {
+        if (cQuote != 0) {
+            cQuote = c == cQuote ? 0 : cQuote;
+        } else if (c == '<') {
             bInTag = true;
             if (cNext == '/') {
                 --nDepth;
             } else if (cNext != '?' && cNext != '!') {
                 nDeepest = std::max(nDeepest, ++nDepth);
             }
+        } else if (bInTag && (c == '"' || c == '\'')) {
+            cQuote = c;
         } else if (c == '/' && cNext == '>' && bInTag) {
             --nDepth;
         } else if (c == '>') {

@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <netinet/tcp.h>
 #include <pthread.h>
 #include <thread>
 
@@ -73,6 +74,13 @@ int serve(httplib::Server& p_objServer, const SensordOptions& p_stOptions,
     };
     p_objServer.Get(".*", bridge).Post(".*", bridge).Put(".*", bridge).Delete(".*", bridge);
     p_objServer.set_payload_max_length(sensord::MAX_REQUEST_BYTES);
+    // Answers go out at once: the connections inherit TCP_NODELAY from the
+    // listening socket, so a small answer does not wait for a delayed ACK.
+    p_objServer.set_socket_options([](socket_t nSocket) {
+        const int nOn = 1;
+        setsockopt(nSocket, SOL_SOCKET, SO_REUSEADDR, &nOn, sizeof(nOn));
+        setsockopt(nSocket, IPPROTO_TCP, TCP_NODELAY, &nOn, sizeof(nOn));
+    });
     p_objServer.new_task_queue = [] { return new httplib::ThreadPool(WORKER_THREADS); };
     // The library answers an oversized request itself; ONVIF clients get it as a fault.
     p_objServer.set_error_handler(
