@@ -19,9 +19,15 @@ namespace {
 constexpr const char* PASSWORD = "fuzz";
 constexpr const char* METHODS[] = {"GET", "POST", "PUT", "DELETE"};
 constexpr const char* PATHS[] = {
-    "/onvif/device_service",        "/onvif/media_service", "/onvif/imaging_service",
-    "/api/v1/channels",             "/api/v1/channels/1",   "/api/v1/channels/1/parameters",
-    "/api/v1/channels/1/parameters/34", "/api/v1/channels/1/scheme", "/api/v1/channels/1/flush",
+    "/onvif/device_service",
+    "/onvif/media_service",
+    "/onvif/imaging_service",
+    "/api/v1/channels",
+    "/api/v1/channels/1",
+    "/api/v1/channels/1/parameters",
+    "/api/v1/channels/1/parameters/34",
+    "/api/v1/channels/1/scheme",
+    "/api/v1/channels/1/flush",
     "/",
 };
 
@@ -35,12 +41,14 @@ struct Served {
     std::unique_ptr<sensord::RequestHandler> pHandler;
 };
 
-Served* g_pServed = nullptr;
+std::unique_ptr<Served> g_pServed;
 
+// At exit, before the statics go: the channels are released while the
+// module's own statics still stand, then the root is removed.
 void release() {
-    if (g_pServed != nullptr) {
+    if (g_pServed) {
         const std::string strDir = g_pServed->strDir;
-        delete g_pServed;
+        g_pServed.reset();
         std::filesystem::remove_all(strDir);
     }
 }
@@ -49,10 +57,11 @@ std::string digestFor(const std::string& p_strMethod, const std::string& p_strPa
     const std::string strChallenge =
         g_pServed->pCredentials->digestChallenge(false, sensord::nowSeconds());
     const size_t nStart = strChallenge.find("nonce=\"") + 7;
-    const std::string strNonce = strChallenge.substr(nStart, strChallenge.find('"', nStart) - nStart);
+    const std::string strNonce =
+        strChallenge.substr(nStart, strChallenge.find('"', nStart) - nStart);
     const std::string strHa1 = sensord::md5Hex(std::string("admin:sensord:") + PASSWORD);
-    const std::string strResponse = sensord::md5Hex(
-        strHa1 + ":" + strNonce + ":00000001:f:auth:" + sensord::md5Hex(p_strMethod + ":" + p_strPath));
+    const std::string strResponse = sensord::md5Hex(strHa1 + ":" + strNonce + ":00000001:f:auth:" +
+                                                    sensord::md5Hex(p_strMethod + ":" + p_strPath));
     return "Digest username=\"admin\", realm=\"sensord\", nonce=\"" + strNonce + "\", uri=\"" +
            p_strPath + "\", qop=auth, nc=00000001, cnonce=\"f\", response=\"" + strResponse + "\"";
 }
@@ -60,15 +69,18 @@ std::string digestFor(const std::string& p_strMethod, const std::string& p_strPa
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    if (std::getenv("SENSOR_FUZZ_VERBOSE") == nullptr && std::freopen("/dev/null", "w", stdout) == nullptr) {
+    if (std::getenv("SENSOR_FUZZ_VERBOSE") == nullptr &&
+        std::freopen("/dev/null", "w", stdout) == nullptr) {
         return 0;
     }
     const char* szTmp = std::getenv("TMPDIR");
-    std::string strTemplate = std::string(szTmp != nullptr ? szTmp : "/tmp") + "/sensord-fuzz-XXXXXX";
+    std::string strTemplate =
+        std::string(szTmp != nullptr ? szTmp : "/tmp") + "/sensord-fuzz-XXXXXX";
     if (mkdtemp(strTemplate.data()) == nullptr) {
         std::abort();
     }
-    g_pServed = new Served{strTemplate, nullptr, nullptr, nullptr, nullptr};
+    g_pServed = std::make_unique<Served>();
+    g_pServed->strDir = strTemplate;
     std::atexit(release);
     g_pServed->pBringUp = std::make_unique<HostBringUp>(
         std::string(SENSOR_SOURCE_DIR) + "/devices/ipc", strTemplate + "/root");
@@ -78,8 +90,8 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
         std::fprintf(stderr, "%s\n", strError.c_str());
         std::abort();
     }
-    g_pServed->pChannels = std::make_unique<sensord::ChannelService>(
-        g_pServed->pBringUp->host(), g_pServed->pBringUp->clock());
+    g_pServed->pChannels = std::make_unique<sensord::ChannelService>(g_pServed->pBringUp->host(),
+                                                                     g_pServed->pBringUp->clock());
     g_pServed->pCredentials = std::make_unique<sensord::Credentials>("admin", PASSWORD);
     g_pServed->pHandler = std::make_unique<sensord::RequestHandler>(
         *g_pServed->pChannels, *g_pServed->pCredentials, g_pServed->pBringUp->host().machine());
@@ -94,8 +106,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* p_pData, size_t p_nSize) {
     const std::vector<std::string> vecParts = sensorfuzz::splitParts(p_pData + 2, p_nSize - 2, 3);
     sensord::HttpRequest stRequest;
     stRequest.strMethod = METHODS[p_pData[0] & 3];
-    stRequest.strPath = (p_pData[0] & 8) != 0 ? vecParts[0]
-                                               : PATHS[p_pData[1] % (sizeof(PATHS) / sizeof(*PATHS))];
+    stRequest.strPath =
+        (p_pData[0] & 8) != 0 ? vecParts[0] : PATHS[p_pData[1] % (sizeof(PATHS) / sizeof(*PATHS))];
     stRequest.strHost = "127.0.0.1:8080";
     stRequest.strAuthorization =
         (p_pData[0] & 4) != 0 ? digestFor(stRequest.strMethod, stRequest.strPath) : vecParts[1];

@@ -19,7 +19,7 @@ test('the tuning page applies what a person drags and keeps it', async (t) => {
   const api = new DigestClient(server.base);
   const page = await browser.newPage();
   await page.authenticate({ username: USER, password: PASSWORD });
-  await page.setViewport({ width: 1000, height: 700 });
+  await page.setViewport({ width: 1000, height: 400 });
   await page.goto(server.base + '/', { waitUntil: 'networkidle0' });
 
   await page.click('#tab-image');
