@@ -43,8 +43,9 @@ struct Served {
 
 std::unique_ptr<Served> g_pServed;
 
-// At exit, before the statics go: the channels are released while the
-// module's own statics still stand, then the root is removed.
+// At exit: the channels are released while the statics their start-up made
+// (reference counts, loggers) still stand, so this is registered after the
+// bring-up; then the root is removed.
 void release() {
     if (g_pServed) {
         const std::string strDir = g_pServed->strDir;
@@ -81,7 +82,6 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     }
     g_pServed = std::make_unique<Served>();
     g_pServed->strDir = strTemplate;
-    std::atexit(release);
     g_pServed->pBringUp = std::make_unique<HostBringUp>(
         std::string(SENSOR_SOURCE_DIR) + "/devices/ipc", strTemplate + "/root");
     std::string strError;
@@ -95,6 +95,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     g_pServed->pCredentials = std::make_unique<sensord::Credentials>("admin", PASSWORD);
     g_pServed->pHandler = std::make_unique<sensord::RequestHandler>(
         *g_pServed->pChannels, *g_pServed->pCredentials, g_pServed->pBringUp->host().machine());
+    std::atexit(release);
     return 0;
 }
 

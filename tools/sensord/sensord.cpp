@@ -131,6 +131,8 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "sensord: %s\n", strError.c_str());
         return EXIT_BAD_USE;
     }
+    // A client that hangs up mid-answer must not end the server.
+    std::signal(SIGPIPE, SIG_IGN);
     // Blocked before any thread starts, so that only the stopper takes them.
     sigset_t stSignals;
     sigemptyset(&stSignals);
