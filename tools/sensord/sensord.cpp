@@ -61,8 +61,6 @@ bool credentialsFrom(SensordOptions& p_stOptions, std::string& p_strPassword,
         p_strError = "no random bytes for a password";
         return false;
     }
-    std::printf("sensord: user %s, password %s (made for this run)\n", DEFAULT_USER,
-                p_strPassword.c_str());
     return true;
 }
 
@@ -127,6 +125,7 @@ int main(int argc, char** argv) {
         return EXIT_SUCCESS;
     }
     std::string strPassword;
+    const std::string strPasswordFile = stOptions.strPasswordFile;
     if (!credentialsFrom(stOptions, strPassword, strError)) {
         std::fprintf(stderr, "sensord: %s\n", strError.c_str());
         return EXIT_BAD_USE;
@@ -149,6 +148,12 @@ int main(int argc, char** argv) {
     std::printf("sensord: device %s, working root %s, %zu channel%s\n",
                 objBringUp.workspace().source().c_str(), objBringUp.workspace().root().c_str(),
                 objBringUp.host().count(), objBringUp.host().count() == 1 ? "" : "s");
+    // Printed once, last before the address, where the module's start-up
+    // output does not bury it.
+    if (strPasswordFile.empty()) {
+        std::printf("sensord: user %s, password %s (made for this run)\n",
+                    stOptions.strUser.c_str(), strPassword.c_str());
+    }
     sensord::ChannelService objChannels(objBringUp.host(), objBringUp.clock());
     sensord::Credentials objCredentials(stOptions.strUser, strPassword);
     sensord::RequestHandler objHandler(objChannels, objCredentials, objBringUp.host().machine());
