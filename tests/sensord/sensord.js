@@ -32,9 +32,13 @@ async function startSensord(device) {
     child.on('exit', (code) => reject(new Error('sensord ended early: ' + code)));
   });
   child.stdout.resume();
-  const stop = () => new Promise((resolve) => {
+  // SIGTERM must end it cleanly: exit status 0, no sanitizer report.
+  const stop = () => new Promise((resolve, reject) => {
     child.removeAllListeners('exit');
-    child.on('exit', (code, signal) => { fs.rmSync(dir, { recursive: true, force: true }); resolve({ code, signal }); });
+    child.on('exit', (code, signal) => {
+      fs.rmSync(dir, { recursive: true, force: true });
+      if (code === 0) resolve(); else reject(new Error(`sensord ended with ${code ?? signal}`));
+    });
     child.kill('SIGTERM');
   });
   return { port, stop, base: `http://127.0.0.1:${port}` };
