@@ -6,6 +6,11 @@
 
 namespace {
 
+std::string textAttribute(const TiXmlElement& p_objElement, const char* p_szName) {
+    const char* szText = p_objElement.Attribute(p_szName);
+    return szText != nullptr ? szText : "";
+}
+
 bool intAttribute(const TiXmlElement& p_objElement, const char* p_szName, int& p_nValue) {
     const char* szText = p_objElement.Attribute(p_szName);
     return szText != nullptr && parseInt(szText, p_nValue);
@@ -14,6 +19,8 @@ bool intAttribute(const TiXmlElement& p_objElement, const char* p_szName, int& p
 StyleControl readControl(const TiXmlElement& p_objElement, int p_nId) {
     StyleControl stControl;
     stControl.nId = static_cast<u32>(p_nId);
+    stControl.strName = textAttribute(p_objElement, "name");
+    stControl.strType = textAttribute(p_objElement, "type");
     stControl.bHasValue = intAttribute(p_objElement, "value", stControl.nValue);
     int nBound = 0;
     if (intAttribute(p_objElement, "min", nBound)) {
@@ -27,6 +34,7 @@ StyleControl readControl(const TiXmlElement& p_objElement, int p_nId) {
         int nIndex = 0;
         if (intAttribute(*pItem, "index", nIndex)) {
             stControl.vecItems.push_back(nIndex);
+            stControl.vecItemNames.push_back(textAttribute(*pItem, "name"));
         }
     }
     return stControl;
@@ -62,6 +70,7 @@ bool StyleTree::parse(const std::string& p_strXml, std::string& p_strError) {
         StyleTab stTab;
         const char* szKey = pTab->Attribute("key");
         stTab.strKey = szKey != nullptr ? szKey : pTab->Value();
+        stTab.strName = textAttribute(*pTab, "name");
         int nId = 0;
         if (intAttribute(*pTab, "id", nId) && nId >= 0) {
             stTab.vecControls.push_back(readControl(*pTab, nId)); // a control outside any tab

@@ -10,15 +10,19 @@
 
 struct StyleControl {
     u32 nId = 0;
+    std::string strName; // "KEY_BRIGHTNESS"
+    std::string strType; // "slider", "combo", "button", ...
     bool bHasValue = false;
-    int nValue = 0;            // the style's default
-    std::vector<int> vecItems; // allowed values when the control is a list
-    std::optional<int> nMin;   // the bounds a slider control gives
+    int nValue = 0;                        // the style's default
+    std::vector<int> vecItems;             // allowed values when the control is a list
+    std::vector<std::string> vecItemNames; // beside vecItems: "Auto", "1/25", ...
+    std::optional<int> nMin;               // the bounds a slider control gives
     std::optional<int> nMax;
 };
 
 struct StyleTab {
     std::string strKey;
+    std::string strName;
     std::vector<StyleControl> vecControls;
 };
 

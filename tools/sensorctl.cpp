@@ -5,18 +5,16 @@
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
-#include <memory>
 #include <string>
 #include <unistd.h>
 #include <vector>
 
 #include "controller/ISensorController.h"
-#include "isp/IspSimulator.h"
-#include "platform/DeviceRoot.h"
 #include "tools/ChannelHost.h"
 #include "tools/CommandLoop.h"
 #include "tools/Console.h"
 #include "tools/DeviceWorkspace.h"
+#include "tools/HostBringUp.h"
 #include "tools/Options.h"
 #include "tools/Session.h"
 #include "tools/SimulatorControl.h"
@@ -101,34 +99,18 @@ int main(int argc, char** argv) {
         printUsage();
         return EXIT_SUCCESS;
     }
-    DeviceWorkspace objWorkspace(stOptions.strDevice, stOptions.strRoot);
-    if (!objWorkspace.prepare(stOptions.bFresh, strError)) {
+    HostBringUp objBringUp(stOptions.strDevice, stOptions.strRoot);
+    if (!objBringUp.prepareRoot(stOptions.bFresh, strError)) {
         complain("%s", strError.c_str());
         return EXIT_BAD_USE;
     }
-    setenv("SENSOR_DEVICE_ROOT", objWorkspace.root().c_str(), 1);
-    DeviceRoot::set(objWorkspace.root());
-
-    SimulatorControl objSimulator(IspSimulator::instance());
-    if (!objSimulator.loadProfile(objWorkspace.root(), strError)) {
+    printWorkspace(objBringUp.workspace(), objBringUp.simulator());
+    if (!objBringUp.bringUpChannels(strError)) {
         complain("%s", strError.c_str());
         return EXIT_BAD_USE;
     }
-    printWorkspace(objWorkspace, objSimulator);
-    auto pClock = std::make_shared<ToolClock>();
-    installClock(pClock);
-    int nExit = EXIT_SUCCESS;
-    {
-        ChannelHost objHost;
-        if (!objHost.bringUp(*pClock, strError)) {
-            complain("%s", strError.c_str());
-            nExit = EXIT_BAD_USE;
-        } else {
-            Session objSession(objHost, *pClock, objSimulator, objWorkspace);
-            printChannels(objSession);
-            nExit = runSession(objSession, stOptions);
-        }
-    }
-    installClock(nullptr);
-    return nExit;
+    Session objSession(objBringUp.host(), objBringUp.clock(), objBringUp.simulator(),
+                       objBringUp.workspace());
+    printChannels(objSession);
+    return runSession(objSession, stOptions);
 }

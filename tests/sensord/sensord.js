@@ -1,0 +1,124 @@
+// Shared by the sensord tests: start the built sensord on a fresh copy of a
+// sample device (loopback only, a free port), sign requests with HTTP Digest
+// or a WS-Security UsernameToken, and stop it with SIGTERM.
+'use strict';
+const { spawn } = require('node:child_process');
+const crypto = require('node:crypto');
+const fs = require('node:fs');
+const http = require('node:http');
+const os = require('node:os');
+const path = require('node:path');
+
+const SENSORD = process.env.SENSORD || path.join(__dirname, '../../build/debug/tools/sensord');
+// Screenshots and the load report; CTest puts them in the build tree.
+const OUT = process.env.SENSORD_TEST_OUT || path.join(__dirname, '../../build/sensord-test-out');
+const USER = 'admin';
+const PASSWORD = 'tune-me-1';
+
+async function startSensord(device) {
+  const dir = fs.mkdtempSync(path.join(os.tmpdir(), 'sensord-test-'));
+  fs.writeFileSync(path.join(dir, 'password'), PASSWORD + '\n');
+  const child = spawn(SENSORD, ['--device', device, '--root', path.join(dir, 'root'), '--listen',
+    '127.0.0.1:0', '--user', USER, '--password-file', path.join(dir, 'password')],
+  { stdio: ['ignore', 'pipe', 'inherit'] });
+  let output = '';
+  const port = await new Promise((resolve, reject) => {
+    const timer = setTimeout(() => reject(new Error('sensord did not listen within 5 s')), 5000);
+    child.stdout.on('data', (chunk) => {
+      output += chunk;
+      const found = /listening on http:\/\/127\.0\.0\.1:(\d+)/.exec(output);
+      if (found) { clearTimeout(timer); resolve(Number(found[1])); }
+    });
+    child.on('exit', (code) => reject(new Error('sensord ended early: ' + code)));
+  });
+  child.stdout.resume();
+  // SIGTERM must end it cleanly: exit status 0, no sanitizer report.
+  const stop = () => new Promise((resolve, reject) => {
+    child.removeAllListeners('exit');
+    child.on('exit', (code, signal) => {
+      fs.rmSync(dir, { recursive: true, force: true });
+      if (code === 0) resolve(); else reject(new Error(`sensord ended with ${code ?? signal}`));
+    });
+    child.kill('SIGTERM');
+  });
+  return { port, stop, base: `http://127.0.0.1:${port}` };
+}
+
+const md5 = (text) => crypto.createHash('md5').update(text).digest('hex');
+
+// One client's HTTP Digest state: the server's nonce is kept and reused with
+// a rising count, as browsers do.
+class DigestClient {
+  constructor(base, password = PASSWORD) {
+    this.base = base;
+    this.password = password;
+    this.agent = new http.Agent({ keepAlive: true, maxSockets: 1 });
+    this.nonce = null;
+    this.nc = 0;
+  }
+
+  authorization(method, uri) {
+    const nc = (++this.nc).toString(16).padStart(8, '0');
+    const cnonce = crypto.randomBytes(8).toString('hex');
+    const ha1 = md5(`${USER}:sensord:${this.password}`);
+    const response = md5(`${ha1}:${this.nonce}:${nc}:${cnonce}:auth:${md5(`${method}:${uri}`)}`);
+    return `Digest username="${USER}", realm="sensord", nonce="${this.nonce}", uri="${uri}", ` +
+      `qop=auth, nc=${nc}, cnonce="${cnonce}", response="${response}", algorithm=MD5`;
+  }
+
+  async request(method, uri, body, headers = {}) {
+    for (let attempt = 0; attempt < 2; attempt++) {
+      const all = { ...headers };
+      if (this.nonce) all.Authorization = this.authorization(method, uri);
+      const reply = await rawRequest(this.base, method, uri, body, all, this.agent);
+      const challenge = reply.headers['www-authenticate'];
+      if (reply.status !== 401 || !challenge) return reply;
+      this.nonce = /nonce="([^"]+)"/.exec(challenge)[1];
+    }
+    throw new Error('not signed in');
+  }
+
+  async json(method, uri, value) {
+    const reply = await this.request(method, uri, value === undefined ? undefined : JSON.stringify(value),
+      value === undefined ? {} : { 'Content-Type': 'application/json' });
+    return { status: reply.status, body: JSON.parse(reply.body) };
+  }
+}
+
+function rawRequest(base, method, uri, body, headers = {}, agent = undefined) {
+  return new Promise((resolve, reject) => {
+    const req = http.request(base + uri, { method, headers, agent, timeout: 10000 }, (res) => {
+      let text = '';
+      res.setEncoding('utf8');
+      res.on('data', (d) => { text += d; });
+      res.on('end', () => resolve({ status: res.statusCode, headers: res.headers, body: text }));
+    });
+    req.on('timeout', () => req.destroy(new Error('timed out')));
+    req.on('error', reject);
+    if (body !== undefined) req.write(body);
+    req.end();
+  });
+}
+
+// A SOAP envelope, with a UsernameToken unless token is null.
+function soap(operation, token = usernameToken()) {
+  const header = token === null ? '' :
+    '<s:Header><Security xmlns="http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-wssecurity-secext-1.0.xsd">' +
+    `<UsernameToken><Username>${USER}</Username><Password Type="http://docs.oasis-open.org/wss/2004/01/` +
+    `oasis-200401-wss-username-token-profile-1.0#PasswordDigest">${token.digest}</Password>` +
+    `<Nonce>${token.nonce}</Nonce><Created>${token.created}</Created></UsernameToken></Security></s:Header>`;
+  return `<s:Envelope xmlns:s="http://www.w3.org/2003/05/soap-envelope">${header}<s:Body>${operation}</s:Body></s:Envelope>`;
+}
+
+function usernameToken(created = new Date(), password = PASSWORD) {
+  const nonce = crypto.randomBytes(16);
+  const stamp = created.toISOString();
+  const digest = crypto.createHash('sha1')
+    .update(Buffer.concat([nonce, Buffer.from(stamp), Buffer.from(password)])).digest('base64');
+  return { nonce: nonce.toString('base64'), created: stamp, digest };
+}
+
+const imaging = (op, inner = '') =>
+  `<${op} xmlns="http://www.onvif.org/ver20/imaging/wsdl"><VideoSourceToken>VideoSource_1</VideoSourceToken>${inner}</${op}>`;
+
+module.exports = { startSensord, DigestClient, rawRequest, soap, usernameToken, imaging, USER, PASSWORD, OUT };

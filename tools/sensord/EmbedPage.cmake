@@ -1,0 +1,26 @@
+# Writes the tuning page's files into one C++ source as raw string literals,
+# so that sensord serves them from the binary. Run by the build with
+# -DPAGE_DIR=... -DOUTPUT=...
+set(assets "index.html|/|text/html" "page.css|/page.css|text/css"
+           "page.js|/page.js|text/javascript")
+set(body "// Generated from tools/sensord/page/ by EmbedPage.cmake: do not edit.\n")
+string(APPEND body "#include \"tools/sensord/RequestHandler.h\"\n\n#include <string>\n\n")
+string(APPEND body "namespace sensord {\n\nnamespace {\nconst PageAsset ASSETS[] = {\n")
+foreach(asset ${assets})
+  string(REPLACE "|" ";" parts "${asset}")
+  list(GET parts 0 file)
+  list(GET parts 1 path)
+  list(GET parts 2 type)
+  file(READ "${PAGE_DIR}/${file}" text)
+  if(text MATCHES "\\)SENSORD_PAGE\"")
+    message(FATAL_ERROR "${file} holds the raw-string delimiter")
+  endif()
+  string(APPEND body "    {\"${path}\", \"${type}; charset=utf-8\", R\"SENSORD_PAGE(${text})SENSORD_PAGE\"},\n")
+endforeach()
+string(APPEND body "};\n} // namespace\n\n")
+string(APPEND body "const PageAsset* findPageAsset(const std::string& p_strPath) {\n")
+string(APPEND body "    for (const PageAsset& stAsset : ASSETS) {\n")
+string(APPEND body "        if (p_strPath == stAsset.szPath) {\n            return &stAsset;\n        }\n    }\n")
+string(APPEND body "    return nullptr;\n}\n\n} // namespace sensord\n")
+file(WRITE "${OUTPUT}.tmp" "${body}")
+file(COPY_FILE "${OUTPUT}.tmp" "${OUTPUT}" ONLY_IF_DIFFERENT)

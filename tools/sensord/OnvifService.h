@@ -1,0 +1,73 @@
+// The ONVIF door: device, media and imaging (ver20) services over SOAP 1.2.
+// One video source, profile and set of imaging settings per channel; the
+// imaging presets are the channel's parameter schemes.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <string>
+
+#include "tools/sensord/Credentials.h"
+#include "tools/sensord/Reply.h"
+
+class MachineInfo;
+class TiXmlElement;
+
+namespace sensord {
+
+class ChannelService;
+struct SoapRequest;
+
+class OnvifService {
+public:
+    OnvifService(ChannelService& p_objChannels, Credentials& p_objCredentials,
+                 const MachineInfo& p_objMachine);
+
+    // p_eHttpAuth: what HTTP Digest made of the request's Authorization header.
+    HttpReply handle(const HttpRequest& p_stRequest, AuthResult p_eHttpAuth);
+
+private:
+    using Operation = HttpReply (OnvifService::*)(const HttpRequest&, const TiXmlElement&);
+    struct OperationRow {
+        const char* szPath;
+        const char* szName;
+        Operation pHandler;
+    };
+
+    AuthResult checkSecurity(const SoapRequest& p_stSoap);
+    // 401 with a fresh HTTP Digest challenge and a NotAuthorized fault.
+    HttpReply challenge(AuthResult p_eHttpAuth) const;
+    // The channel a VideoSourceToken names, or 0 after filling p_stFault.
+    int channelOf(const TiXmlElement& p_objOperation, HttpReply& p_stFault);
+
+    HttpReply getSystemDateAndTime(const HttpRequest&, const TiXmlElement&);
+    HttpReply getServices(const HttpRequest&, const TiXmlElement&);
+    HttpReply getCapabilities(const HttpRequest&, const TiXmlElement&);
+    HttpReply getDeviceInformation(const HttpRequest&, const TiXmlElement&);
+    HttpReply getProfiles(const HttpRequest&, const TiXmlElement&);
+    HttpReply getVideoSources(const HttpRequest&, const TiXmlElement&);
+    HttpReply getServiceCapabilities(const HttpRequest&, const TiXmlElement&);
+    HttpReply getImagingSettings(const HttpRequest&, const TiXmlElement&);
+    HttpReply setImagingSettings(const HttpRequest&, const TiXmlElement&);
+    HttpReply getOptions(const HttpRequest&, const TiXmlElement&);
+    HttpReply getMoveOptions(const HttpRequest&, const TiXmlElement&);
+    HttpReply move(const HttpRequest&, const TiXmlElement&);
+    HttpReply stop(const HttpRequest&, const TiXmlElement&);
+    HttpReply getStatus(const HttpRequest&, const TiXmlElement&);
+    HttpReply getPresets(const HttpRequest&, const TiXmlElement&);
+    HttpReply getCurrentPreset(const HttpRequest&, const TiXmlElement&);
+    HttpReply setCurrentPreset(const HttpRequest&, const TiXmlElement&);
+
+    void addProfile(TiXmlElement* p_pParent, int p_nChannel);
+    bool focusRange(int p_nChannel, int& p_nMin, int& p_nMax);
+
+    static const OperationRow OPERATIONS[];
+
+    ChannelService& m_objChannels;
+    Credentials& m_objCredentials;
+    const MachineInfo& m_objMachine;
+    // A continuous focus move runs until Stop; the lens steps once per Move.
+    std::array<std::atomic<bool>, 2> m_arrMoving{};
+};
+
+} // namespace sensord
