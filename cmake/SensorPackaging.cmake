@@ -37,6 +37,7 @@ endforeach()
 set(SENSORDLL_PUBLIC_HEADERS
     common/SensorExport.h common/SensorTypes.h common/SensorKeys.h common/keycmd.h
     common/ia_ioctrl.h config/sensor.h config/SensorKeyVal.h controller/ISensorController.h
+    controller/KeyIndex.h
     platform/MachineInfo.h platform/ModuleConfigure.h platform/SensorZoomFocusParam.h
     platform/VXMutex.h)
 set(SENSORDLL_SIM_HEADERS isp/IspProfile.h isp/IspSimulator.h)
