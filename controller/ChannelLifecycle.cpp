@@ -139,7 +139,6 @@ void ISensorController::allocateSchemeSets(TiXmlDocumentEx& p_objMergedStyle) {
     }
     m_pFctKeyVal = m_ppUserKeyVal[m_stSysConf.nSchemeSum];
     std::copy(vecFactory.begin(), vecFactory.begin() + m_nKeyValSum, m_pFctKeyVal);
-    indexSchemeSets();
 }
 
 void ISensorController::checkVersionStamp() {
@@ -254,6 +253,9 @@ void ISensorController::loadSchemeFiles() {
             m_bSchemeByDN = (nMode == 2);
         }
     }
+    // Every row now holds the factory set's keys in its order (files are
+    // matched by key), so every row can be indexed.
+    indexSchemeSets();
 }
 
 void ISensorController::applyVideoStreamLimits(const MachineInfo& p_objMachineInfo) {
