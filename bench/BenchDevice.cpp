@@ -4,6 +4,9 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "config/SensorXml.h"
 #include "isp/IspSimulator.h"
 #include "platform/MachineInfo.h"
@@ -12,6 +15,17 @@
 #include "platform/VXClock.h"
 
 namespace sensorbench {
+
+int silenceStandardOutput() {
+    const int nReportFd = ::dup(1);
+    const int nNull = ::open("/dev/null", O_WRONLY);
+    if (nReportFd < 0 || nNull < 0 || ::dup2(nNull, 1) < 0) {
+        std::perror("redirecting standard output");
+        return -1;
+    }
+    ::close(nNull);
+    return nReportFd;
+}
 
 namespace fs = std::filesystem;
 

@@ -13,6 +13,11 @@
 
 namespace sensorbench {
 
+// Sends standard output (where the module prints its traces) to /dev/null and
+// returns a descriptor of the original standard output for the report; -1
+// (reported) when that fails.
+int silenceStandardOutput();
+
 class IdleVideoModule : public VideoStreamModule {
 public:
     int notifyParamChange(int, int, int) const override { return 0; }

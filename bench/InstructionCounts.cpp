@@ -11,7 +11,6 @@
 #include <valgrind/callgrind.h>
 
 #include <cstdio>
-#include <fcntl.h>
 #include <memory>
 #include <string>
 #include <unistd.h>
@@ -94,13 +93,10 @@ void countGrowth(int p_nScale) {
 int main(int argc, char** argv) {
     // The module's traces go to /dev/null; the control counts to the
     // original standard output.
-    const int nReportFd = ::dup(1);
-    const int nNull = ::open("/dev/null", O_WRONLY);
-    if (nReportFd < 0 || nNull < 0 || ::dup2(nNull, 1) < 0) {
-        std::perror("redirecting standard output");
+    const int nReportFd = sensorbench::silenceStandardOutput();
+    if (nReportFd < 0) {
         return 1;
     }
-    ::close(nNull);
     const bool bGrowth = !(argc > 1 && std::string(argv[1]) == "--no-growth");
     countChannelFigures();
     if (bGrowth) {

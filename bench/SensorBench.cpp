@@ -12,7 +12,6 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <fcntl.h>
 #include <fstream>
 #include <map>
 #include <string>
@@ -349,13 +348,10 @@ void Uinit_ThreadWaiting(benchmark::State& p_objState) {
 int main(int argc, char** argv) {
     // The module prints its traces on standard output; they go to /dev/null
     // here and the report goes to the original standard output.
-    const int nReportFd = ::dup(1);
-    const int nNull = ::open("/dev/null", O_WRONLY);
-    if (nReportFd < 0 || nNull < 0 || ::dup2(nNull, 1) < 0) {
-        std::perror("redirecting standard output");
+    const int nReportFd = sensorbench::silenceStandardOutput();
+    if (nReportFd < 0) {
         return 1;
     }
-    ::close(nNull);
     std::ofstream objReport("/proc/self/fd/" + std::to_string(nReportFd));
 
     using namespace sensorbench;
