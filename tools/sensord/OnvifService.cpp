@@ -94,23 +94,23 @@ bool parseFloat(const std::string& p_strText, double& p_dValue) {
 } // namespace
 
 const OnvifService::OperationRow OnvifService::OPERATIONS[] = {
-    {DEVICE_PATH, "GetSystemDateAndTime", &OnvifService::getSystemDateAndTime},
-    {DEVICE_PATH, "GetServices", &OnvifService::getServices},
-    {DEVICE_PATH, "GetCapabilities", &OnvifService::getCapabilities},
-    {DEVICE_PATH, "GetDeviceInformation", &OnvifService::getDeviceInformation},
-    {MEDIA_PATH, "GetProfiles", &OnvifService::getProfiles},
-    {MEDIA_PATH, "GetVideoSources", &OnvifService::getVideoSources},
-    {IMAGING_PATH, "GetServiceCapabilities", &OnvifService::getServiceCapabilities},
-    {IMAGING_PATH, "GetImagingSettings", &OnvifService::getImagingSettings},
-    {IMAGING_PATH, "SetImagingSettings", &OnvifService::setImagingSettings},
-    {IMAGING_PATH, "GetOptions", &OnvifService::getOptions},
-    {IMAGING_PATH, "GetMoveOptions", &OnvifService::getMoveOptions},
-    {IMAGING_PATH, "Move", &OnvifService::move},
-    {IMAGING_PATH, "Stop", &OnvifService::stop},
-    {IMAGING_PATH, "GetStatus", &OnvifService::getStatus},
-    {IMAGING_PATH, "GetPresets", &OnvifService::getPresets},
-    {IMAGING_PATH, "GetCurrentPreset", &OnvifService::getCurrentPreset},
-    {IMAGING_PATH, "SetCurrentPreset", &OnvifService::setCurrentPreset},
+    {DEVICE_PATH, "GetSystemDateAndTime", &OnvifService::getSystemDateAndTime, false},
+    {DEVICE_PATH, "GetServices", &OnvifService::getServices, false},
+    {DEVICE_PATH, "GetCapabilities", &OnvifService::getCapabilities, false},
+    {DEVICE_PATH, "GetDeviceInformation", &OnvifService::getDeviceInformation, false},
+    {MEDIA_PATH, "GetProfiles", &OnvifService::getProfiles, false},
+    {MEDIA_PATH, "GetVideoSources", &OnvifService::getVideoSources, false},
+    {IMAGING_PATH, "GetServiceCapabilities", &OnvifService::getServiceCapabilities, false},
+    {IMAGING_PATH, "GetImagingSettings", &OnvifService::getImagingSettings, true},
+    {IMAGING_PATH, "SetImagingSettings", &OnvifService::setImagingSettings, true},
+    {IMAGING_PATH, "GetOptions", &OnvifService::getOptions, true},
+    {IMAGING_PATH, "GetMoveOptions", &OnvifService::getMoveOptions, true},
+    {IMAGING_PATH, "Move", &OnvifService::move, true},
+    {IMAGING_PATH, "Stop", &OnvifService::stop, true},
+    {IMAGING_PATH, "GetStatus", &OnvifService::getStatus, true},
+    {IMAGING_PATH, "GetPresets", &OnvifService::getPresets, true},
+    {IMAGING_PATH, "GetCurrentPreset", &OnvifService::getCurrentPreset, true},
+    {IMAGING_PATH, "SetCurrentPreset", &OnvifService::setCurrentPreset, true},
 };
 
 OnvifService::OnvifService(ChannelService& p_objChannels, Credentials& p_objCredentials,
@@ -150,7 +150,17 @@ HttpReply OnvifService::handle(const HttpRequest& p_stRequest, AuthResult p_eHtt
     }
     for (const OperationRow& stRow : OPERATIONS) {
         if (p_stRequest.strPath == stRow.szPath && strName == stRow.szName) {
-            return (this->*stRow.pHandler)(p_stRequest, *stSoap.pOperation);
+            // An operation on a video source is refused before it runs when
+            // the source is not one of the channels.
+            int nChannel = 0;
+            if (stRow.bOnVideoSource) {
+                HttpReply stFault;
+                nChannel = channelOf(*stSoap.pOperation, stFault);
+                if (nChannel == 0) {
+                    return stFault;
+                }
+            }
+            return (this->*stRow.pHandler)(p_stRequest, *stSoap.pOperation, nChannel);
         }
     }
     return soapFault(500, "env:Receiver", "ter:ActionNotSupported", nullptr,
@@ -196,7 +206,7 @@ int OnvifService::channelOf(const TiXmlElement& p_objOperation, HttpReply& p_stF
     return 0;
 }
 
-HttpReply OnvifService::getSystemDateAndTime(const HttpRequest&, const TiXmlElement&) {
+HttpReply OnvifService::getSystemDateAndTime(const HttpRequest&, const TiXmlElement&, int) {
     const std::time_t nNow = std::time(nullptr);
     std::tm stUtc{};
     gmtime_r(&nNow, &stUtc);
@@ -218,7 +228,7 @@ HttpReply OnvifService::getSystemDateAndTime(const HttpRequest&, const TiXmlElem
     return objAnswer.reply();
 }
 
-HttpReply OnvifService::getServices(const HttpRequest& p_stRequest, const TiXmlElement&) {
+HttpReply OnvifService::getServices(const HttpRequest& p_stRequest, const TiXmlElement&, int) {
     struct Service {
         const char* szNamespace;
         const char* szPath;
@@ -242,7 +252,7 @@ HttpReply OnvifService::getServices(const HttpRequest& p_stRequest, const TiXmlE
     return objAnswer.reply();
 }
 
-HttpReply OnvifService::getCapabilities(const HttpRequest& p_stRequest, const TiXmlElement&) {
+HttpReply OnvifService::getCapabilities(const HttpRequest& p_stRequest, const TiXmlElement&, int) {
     SoapAnswer objAnswer;
     TiXmlElement* pCaps =
         add(add(objAnswer.body(), "tds:GetCapabilitiesResponse"), "tds:Capabilities");
@@ -258,7 +268,7 @@ HttpReply OnvifService::getCapabilities(const HttpRequest& p_stRequest, const Ti
     return objAnswer.reply();
 }
 
-HttpReply OnvifService::getDeviceInformation(const HttpRequest&, const TiXmlElement&) {
+HttpReply OnvifService::getDeviceInformation(const HttpRequest&, const TiXmlElement&, int) {
     SoapAnswer objAnswer;
     TiXmlElement* pInfo = add(objAnswer.body(), "tds:GetDeviceInformationResponse");
     add(pInfo, "tds:Manufacturer", "libsensordll");
@@ -307,7 +317,7 @@ void OnvifService::addProfile(TiXmlElement* p_pParent, int p_nChannel) {
     add(pEncoder, "tt:SessionTimeout", "PT60S");
 }
 
-HttpReply OnvifService::getProfiles(const HttpRequest&, const TiXmlElement&) {
+HttpReply OnvifService::getProfiles(const HttpRequest&, const TiXmlElement&, int) {
     SoapAnswer objAnswer;
     TiXmlElement* pResponse = add(objAnswer.body(), "trt:GetProfilesResponse");
     for (int n = 1; n <= m_objChannels.count(); ++n) {
@@ -316,7 +326,7 @@ HttpReply OnvifService::getProfiles(const HttpRequest&, const TiXmlElement&) {
     return objAnswer.reply();
 }
 
-HttpReply OnvifService::getVideoSources(const HttpRequest&, const TiXmlElement&) {
+HttpReply OnvifService::getVideoSources(const HttpRequest&, const TiXmlElement&, int) {
     SoapAnswer objAnswer;
     TiXmlElement* pResponse = add(objAnswer.body(), "trt:GetVideoSourcesResponse");
     for (int n = 1; n <= m_objChannels.count(); ++n) {
@@ -332,7 +342,7 @@ HttpReply OnvifService::getVideoSources(const HttpRequest&, const TiXmlElement&)
     return objAnswer.reply();
 }
 
-HttpReply OnvifService::getServiceCapabilities(const HttpRequest&, const TiXmlElement&) {
+HttpReply OnvifService::getServiceCapabilities(const HttpRequest&, const TiXmlElement&, int) {
     SoapAnswer objAnswer;
     TiXmlElement* pCaps =
         add(add(objAnswer.body(), "timg:GetServiceCapabilitiesResponse"), "timg:Capabilities");
@@ -342,13 +352,9 @@ HttpReply OnvifService::getServiceCapabilities(const HttpRequest&, const TiXmlEl
     return objAnswer.reply();
 }
 
-HttpReply OnvifService::getImagingSettings(const HttpRequest&, const TiXmlElement& p_objOperation) {
-    HttpReply stFault;
-    const int nChannel = channelOf(p_objOperation, stFault);
-    if (nChannel == 0) {
-        return stFault;
-    }
-    const auto pStyle = m_objChannels.style(nChannel);
+HttpReply OnvifService::getImagingSettings(const HttpRequest&, const TiXmlElement&,
+                                           int p_nChannel) {
+    const auto pStyle = m_objChannels.style(p_nChannel);
     SoapAnswer objAnswer;
     TiXmlElement* pSettings =
         add(add(objAnswer.body(), "timg:GetImagingSettingsResponse"), "timg:ImagingSettings");
@@ -356,7 +362,7 @@ HttpReply OnvifService::getImagingSettings(const HttpRequest&, const TiXmlElemen
         const StyleControl* pControl = pStyle->find(stField.nKey);
         int nValue = 0;
         std::string strText;
-        if (pControl != nullptr && m_objChannels.read(nChannel, stField.nKey, nValue) &&
+        if (pControl != nullptr && m_objChannels.read(p_nChannel, stField.nKey, nValue) &&
             toOnvif(stField, *pControl, nValue, strText)) {
             addPath(pSettings, "tt:", stField.szSetting)->InsertEndChild(TiXmlText(strText));
         }
@@ -364,19 +370,15 @@ HttpReply OnvifService::getImagingSettings(const HttpRequest&, const TiXmlElemen
     return objAnswer.reply();
 }
 
-HttpReply OnvifService::setImagingSettings(const HttpRequest&, const TiXmlElement& p_objOperation) {
-    HttpReply stFault;
-    const int nChannel = channelOf(p_objOperation, stFault);
-    if (nChannel == 0) {
-        return stFault;
-    }
+HttpReply OnvifService::setImagingSettings(const HttpRequest&, const TiXmlElement& p_objOperation,
+                                           int p_nChannel) {
     const TiXmlElement* pSettings = child(&p_objOperation, "ImagingSettings");
     if (pSettings == nullptr) {
         return invalidArg("ter:SettingsInvalid", "the request holds no ImagingSettings");
     }
     std::vector<const TiXmlElement*> vecLeaves;
     collectLeaves(pSettings, vecLeaves);
-    const auto pStyle = m_objChannels.style(nChannel);
+    const auto pStyle = m_objChannels.style(p_nChannel);
     std::vector<KeyVal> vecValues;
     for (const TiXmlElement* pLeaf : vecLeaves) {
         if (pLeaf == pSettings) {
@@ -391,7 +393,7 @@ HttpReply OnvifService::setImagingSettings(const HttpRequest&, const TiXmlElemen
         }
         int nValue = 0;
         std::string strWhy;
-        if (!toModule(*pField, effectiveControl(m_objChannels, nChannel, *pControl, *pField),
+        if (!toModule(*pField, effectiveControl(m_objChannels, p_nChannel, *pControl, *pField),
                       elementText(pLeaf), nValue, strWhy)) {
             return invalidArg("ter:SettingsInvalid", strWhy);
         }
@@ -403,12 +405,12 @@ HttpReply OnvifService::setImagingSettings(const HttpRequest&, const TiXmlElemen
         vecValues.push_back({pField->nKey, static_cast<u32>(nValue)});
     }
     std::string strWhy;
-    if (!m_objChannels.writeAll(nChannel, vecValues, strWhy)) {
+    if (!m_objChannels.writeAll(p_nChannel, vecValues, strWhy)) {
         return invalidArg("ter:SettingsInvalid", strWhy);
     }
     // ForcePersistence defaults to true: the settings then survive a restart.
     if (!vecValues.empty() && childText(&p_objOperation, "ForcePersistence") != "false" &&
-        !m_objChannels.flush(nChannel, strWhy)) {
+        !m_objChannels.flush(p_nChannel, strWhy)) {
         return soapFault(500, "env:Receiver", "ter:Action", nullptr,
                          "applied, but not stored on flash: " + strWhy);
     }
@@ -417,13 +419,8 @@ HttpReply OnvifService::setImagingSettings(const HttpRequest&, const TiXmlElemen
     return objAnswer.reply();
 }
 
-HttpReply OnvifService::getOptions(const HttpRequest&, const TiXmlElement& p_objOperation) {
-    HttpReply stFault;
-    const int nChannel = channelOf(p_objOperation, stFault);
-    if (nChannel == 0) {
-        return stFault;
-    }
-    const auto pStyle = m_objChannels.style(nChannel);
+HttpReply OnvifService::getOptions(const HttpRequest&, const TiXmlElement&, int p_nChannel) {
+    const auto pStyle = m_objChannels.style(p_nChannel);
     SoapAnswer objAnswer;
     TiXmlElement* pOptions =
         add(add(objAnswer.body(), "timg:GetOptionsResponse"), "timg:ImagingOptions");
@@ -433,7 +430,7 @@ HttpReply OnvifService::getOptions(const HttpRequest&, const TiXmlElement& p_obj
             continue;
         }
         const StyleControl stControl =
-            effectiveControl(m_objChannels, nChannel, *pControl, stField);
+            effectiveControl(m_objChannels, p_nChannel, *pControl, stField);
         double dMin = 0;
         double dMax = 0;
         if (stField.eKind == FieldKind::Mode) {
@@ -457,18 +454,13 @@ bool OnvifService::focusRange(int p_nChannel, int& p_nMin, int& p_nMax) {
     return true;
 }
 
-HttpReply OnvifService::getMoveOptions(const HttpRequest&, const TiXmlElement& p_objOperation) {
-    HttpReply stFault;
-    const int nChannel = channelOf(p_objOperation, stFault);
-    if (nChannel == 0) {
-        return stFault;
-    }
+HttpReply OnvifService::getMoveOptions(const HttpRequest&, const TiXmlElement&, int p_nChannel) {
     SoapAnswer objAnswer;
     TiXmlElement* pOptions =
         add(add(objAnswer.body(), "timg:GetMoveOptionsResponse"), "timg:MoveOptions");
     int nMin = 0;
     int nMax = 0;
-    if (focusRange(nChannel, nMin, nMax)) {
+    if (focusRange(p_nChannel, nMin, nMax)) {
         addRange(pOptions, "Absolute/Position", nMin, nMax);
         addRange(pOptions, "Relative/Distance", -MAX_RELATIVE_STEPS, MAX_RELATIVE_STEPS);
         addRange(pOptions, "Continuous/Speed", -1, 1);
@@ -476,15 +468,11 @@ HttpReply OnvifService::getMoveOptions(const HttpRequest&, const TiXmlElement& p
     return objAnswer.reply();
 }
 
-HttpReply OnvifService::move(const HttpRequest&, const TiXmlElement& p_objOperation) {
-    HttpReply stFault;
-    const int nChannel = channelOf(p_objOperation, stFault);
-    if (nChannel == 0) {
-        return stFault;
-    }
+HttpReply OnvifService::move(const HttpRequest&, const TiXmlElement& p_objOperation,
+                             int p_nChannel) {
     int nMin = 0;
     int nMax = 0;
-    if (!focusRange(nChannel, nMin, nMax)) {
+    if (!focusRange(p_nChannel, nMin, nMax)) {
         return invalidArg("ter:NoFocus", "this video source has no focus lens");
     }
     const TiXmlElement* pFocus = child(&p_objOperation, "Focus");
@@ -493,7 +481,7 @@ HttpReply OnvifService::move(const HttpRequest&, const TiXmlElement& p_objOperat
     const TiXmlElement* pContinuous = child(pFocus, "Continuous");
     double dValue = 0;
     bool bDone = false;
-    std::atomic<bool>& bMoving = m_arrMoving[static_cast<size_t>(nChannel - 1)];
+    std::atomic<bool>& bMoving = m_arrMoving[static_cast<size_t>(p_nChannel - 1)];
     if (pAbsolute != nullptr) {
         if (!parseFloat(childText(pAbsolute, "Position"), dValue) || dValue < nMin ||
             dValue > nMax) {
@@ -502,7 +490,7 @@ HttpReply OnvifService::move(const HttpRequest&, const TiXmlElement& p_objOperat
                                                          std::to_string(nMax));
         }
         bMoving = false;
-        bDone = m_objChannels.setFocus(nChannel, static_cast<int>(std::lround(dValue)));
+        bDone = m_objChannels.setFocus(p_nChannel, static_cast<int>(std::lround(dValue)));
     } else if (pRelative != nullptr) {
         if (!parseFloat(childText(pRelative, "Distance"), dValue) ||
             std::fabs(dValue) > MAX_RELATIVE_STEPS) {
@@ -513,13 +501,13 @@ HttpReply OnvifService::move(const HttpRequest&, const TiXmlElement& p_objOperat
         }
         bMoving = false;
         const int nSteps = static_cast<int>(std::lround(dValue));
-        bDone = m_objChannels.stepFocus(nChannel, nSteps > 0, std::abs(nSteps));
+        bDone = m_objChannels.stepFocus(p_nChannel, nSteps > 0, std::abs(nSteps));
     } else if (pContinuous != nullptr) {
         if (!parseFloat(childText(pContinuous, "Speed"), dValue) || std::fabs(dValue) > 1) {
             return invalidArg("ter:SettingsInvalid", "the focus speed is outside -1 to 1");
         }
         bMoving = dValue != 0;
-        bDone = dValue == 0 || m_objChannels.stepFocus(nChannel, dValue > 0, 1);
+        bDone = dValue == 0 || m_objChannels.stepFocus(p_nChannel, dValue > 0, 1);
     } else {
         return invalidArg("ter:SettingsInvalid", "the move names no absolute, relative or "
                                                  "continuous focus move");
@@ -532,35 +520,25 @@ HttpReply OnvifService::move(const HttpRequest&, const TiXmlElement& p_objOperat
     return objAnswer.reply();
 }
 
-HttpReply OnvifService::stop(const HttpRequest&, const TiXmlElement& p_objOperation) {
-    HttpReply stFault;
-    const int nChannel = channelOf(p_objOperation, stFault);
-    if (nChannel == 0) {
-        return stFault;
-    }
-    m_arrMoving[static_cast<size_t>(nChannel - 1)] = false;
+HttpReply OnvifService::stop(const HttpRequest&, const TiXmlElement&, int p_nChannel) {
+    m_arrMoving[static_cast<size_t>(p_nChannel - 1)] = false;
     SoapAnswer objAnswer;
     add(objAnswer.body(), "timg:StopResponse");
     return objAnswer.reply();
 }
 
-HttpReply OnvifService::getStatus(const HttpRequest&, const TiXmlElement& p_objOperation) {
-    HttpReply stFault;
-    const int nChannel = channelOf(p_objOperation, stFault);
-    if (nChannel == 0) {
-        return stFault;
-    }
+HttpReply OnvifService::getStatus(const HttpRequest&, const TiXmlElement&, int p_nChannel) {
     SoapAnswer objAnswer;
     TiXmlElement* pStatus = add(add(objAnswer.body(), "timg:GetStatusResponse"), "timg:Status");
     int nMin = 0;
     int nMax = 0;
     int nPosition = 0;
-    if (focusRange(nChannel, nMin, nMax)) {
+    if (focusRange(p_nChannel, nMin, nMax)) {
         TiXmlElement* pFocus = add(pStatus, "tt:FocusStatus20");
-        const bool bRead = m_objChannels.focusPosition(nChannel, nPosition);
+        const bool bRead = m_objChannels.focusPosition(p_nChannel, nPosition);
         add(pFocus, "tt:Position", std::to_string(nPosition));
         add(pFocus, "tt:MoveStatus",
-            m_arrMoving[static_cast<size_t>(nChannel - 1)] ? "MOVING" : "IDLE");
+            m_arrMoving[static_cast<size_t>(p_nChannel - 1)] ? "MOVING" : "IDLE");
         if (!bRead) {
             add(pFocus, "tt:Error", "the lens did not report its position");
         }
@@ -568,15 +546,10 @@ HttpReply OnvifService::getStatus(const HttpRequest&, const TiXmlElement& p_objO
     return objAnswer.reply();
 }
 
-HttpReply OnvifService::getPresets(const HttpRequest&, const TiXmlElement& p_objOperation) {
-    HttpReply stFault;
-    const int nChannel = channelOf(p_objOperation, stFault);
-    if (nChannel == 0) {
-        return stFault;
-    }
+HttpReply OnvifService::getPresets(const HttpRequest&, const TiXmlElement&, int p_nChannel) {
     SoapAnswer objAnswer;
     TiXmlElement* pResponse = add(objAnswer.body(), "timg:GetPresetsResponse");
-    for (int s = 0; s < m_objChannels.state(nChannel).nSchemeSum; ++s) {
+    for (int s = 0; s < m_objChannels.state(p_nChannel).nSchemeSum; ++s) {
         TiXmlElement* pPreset = add(pResponse, "timg:Preset");
         pPreset->SetAttribute("token", token("Scheme_", s));
         pPreset->SetAttribute("type", "Custom");
@@ -585,13 +558,8 @@ HttpReply OnvifService::getPresets(const HttpRequest&, const TiXmlElement& p_obj
     return objAnswer.reply();
 }
 
-HttpReply OnvifService::getCurrentPreset(const HttpRequest&, const TiXmlElement& p_objOperation) {
-    HttpReply stFault;
-    const int nChannel = channelOf(p_objOperation, stFault);
-    if (nChannel == 0) {
-        return stFault;
-    }
-    const ChannelState stState = m_objChannels.state(nChannel);
+HttpReply OnvifService::getCurrentPreset(const HttpRequest&, const TiXmlElement&, int p_nChannel) {
+    const ChannelState stState = m_objChannels.state(p_nChannel);
     SoapAnswer objAnswer;
     TiXmlElement* pResponse = add(objAnswer.body(), "timg:GetCurrentPresetResponse");
     if (stState.nScheme >= 0 && stState.nScheme < stState.nSchemeSum) {
@@ -603,14 +571,10 @@ HttpReply OnvifService::getCurrentPreset(const HttpRequest&, const TiXmlElement&
     return objAnswer.reply();
 }
 
-HttpReply OnvifService::setCurrentPreset(const HttpRequest&, const TiXmlElement& p_objOperation) {
-    HttpReply stFault;
-    const int nChannel = channelOf(p_objOperation, stFault);
-    if (nChannel == 0) {
-        return stFault;
-    }
+HttpReply OnvifService::setCurrentPreset(const HttpRequest&, const TiXmlElement& p_objOperation,
+                                         int p_nChannel) {
     const std::string strToken = childText(&p_objOperation, "PresetToken");
-    const int nSum = m_objChannels.state(nChannel).nSchemeSum;
+    const int nSum = m_objChannels.state(p_nChannel).nSchemeSum;
     int nScheme = -1;
     for (int s = 0; s < nSum; ++s) {
         if (strToken == token("Scheme_", s)) {
@@ -621,7 +585,7 @@ HttpReply OnvifService::setCurrentPreset(const HttpRequest&, const TiXmlElement&
     if (nScheme < 0) {
         return invalidArg("ter:NoImagingPreset", "no preset '" + strToken.substr(0, 64) + "'");
     }
-    if (!m_objChannels.setScheme(nChannel, nScheme, strWhy)) {
+    if (!m_objChannels.setScheme(p_nChannel, nScheme, strWhy)) {
         return soapFault(500, "env:Receiver", "ter:Action", nullptr, strWhy);
     }
     SoapAnswer objAnswer;

@@ -27,11 +27,15 @@ public:
     HttpReply handle(const HttpRequest& p_stRequest, AuthResult p_eHttpAuth);
 
 private:
-    using Operation = HttpReply (OnvifService::*)(const HttpRequest&, const TiXmlElement&);
+    // The channel is that of the request's VideoSourceToken for an operation on
+    // a video source, 0 for the others.
+    using Operation = HttpReply (OnvifService::*)(const HttpRequest&, const TiXmlElement&,
+                                                  int p_nChannel);
     struct OperationRow {
         const char* szPath;
         const char* szName;
         Operation pHandler;
+        bool bOnVideoSource;
     };
 
     AuthResult checkSecurity(const SoapRequest& p_stSoap);
@@ -40,23 +44,23 @@ private:
     // The channel a VideoSourceToken names, or 0 after filling p_stFault.
     int channelOf(const TiXmlElement& p_objOperation, HttpReply& p_stFault);
 
-    HttpReply getSystemDateAndTime(const HttpRequest&, const TiXmlElement&);
-    HttpReply getServices(const HttpRequest&, const TiXmlElement&);
-    HttpReply getCapabilities(const HttpRequest&, const TiXmlElement&);
-    HttpReply getDeviceInformation(const HttpRequest&, const TiXmlElement&);
-    HttpReply getProfiles(const HttpRequest&, const TiXmlElement&);
-    HttpReply getVideoSources(const HttpRequest&, const TiXmlElement&);
-    HttpReply getServiceCapabilities(const HttpRequest&, const TiXmlElement&);
-    HttpReply getImagingSettings(const HttpRequest&, const TiXmlElement&);
-    HttpReply setImagingSettings(const HttpRequest&, const TiXmlElement&);
-    HttpReply getOptions(const HttpRequest&, const TiXmlElement&);
-    HttpReply getMoveOptions(const HttpRequest&, const TiXmlElement&);
-    HttpReply move(const HttpRequest&, const TiXmlElement&);
-    HttpReply stop(const HttpRequest&, const TiXmlElement&);
-    HttpReply getStatus(const HttpRequest&, const TiXmlElement&);
-    HttpReply getPresets(const HttpRequest&, const TiXmlElement&);
-    HttpReply getCurrentPreset(const HttpRequest&, const TiXmlElement&);
-    HttpReply setCurrentPreset(const HttpRequest&, const TiXmlElement&);
+    HttpReply getSystemDateAndTime(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply getServices(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply getCapabilities(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply getDeviceInformation(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply getProfiles(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply getVideoSources(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply getServiceCapabilities(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply getImagingSettings(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply setImagingSettings(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply getOptions(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply getMoveOptions(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply move(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply stop(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply getStatus(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply getPresets(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply getCurrentPreset(const HttpRequest&, const TiXmlElement&, int p_nChannel);
+    HttpReply setCurrentPreset(const HttpRequest&, const TiXmlElement&, int p_nChannel);
 
     void addProfile(TiXmlElement* p_pParent, int p_nChannel);
     bool focusRange(int p_nChannel, int& p_nMin, int& p_nMax);
