@@ -16,14 +16,6 @@
 
 namespace {
 
-u32 decodeWord(const char* p_pIn) {
-    u32 nVal = 0;
-    for (int i = 0; i < 4; ++i) {
-        nVal |= static_cast<u32>(static_cast<unsigned char>(p_pIn[i])) << (8 * i);
-    }
-    return nVal;
-}
-
 // The whole records of the file; false when it cannot be read. Read through
 // the bounded reader: a FIFO, device or directory is refused without
 // blocking, and a file longer than inputcap::SCHEME_FILE_MAX is not a scheme
@@ -44,8 +36,7 @@ bool readRecords(const char* p_szFile, std::vector<KeyVal>& p_vecRecords) {
     const std::size_t nRecords = strBytes.size() / KEYVAL_FILE_RECORD;
     p_vecRecords.resize(nRecords);
     for (std::size_t i = 0; i < nRecords; ++i) {
-        const char* pRecord = strBytes.data() + i * KEYVAL_FILE_RECORD;
-        p_vecRecords[i] = {decodeWord(pRecord), decodeWord(pRecord + 4)};
+        p_vecRecords[i] = keyValFromRecord(strBytes.data() + i * KEYVAL_FILE_RECORD);
     }
     return true;
 }

@@ -109,6 +109,10 @@ int saveToFile(const char* file_name, const char* data, INT64 file_len) {
     return nSize;
 }
 
+KeyVal keyValFromRecord(const char* p_pRecord) {
+    return {decodeU32(p_pRecord), decodeU32(p_pRecord + 4)};
+}
+
 int keyValFromFile(const char* file_name, KeyVal* p_pKeyVal, u32 p_nKeyValNum) {
     file_name = printableName(file_name);
     VXFile file;
@@ -139,8 +143,7 @@ int keyValFromFile(const char* file_name, KeyVal* p_pKeyVal, u32 p_nKeyValNum) {
     const u32 nRecords = nSize > 0 ? static_cast<u32>(nSize) / KEYVAL_FILE_RECORD : 0;
     for (u32 i = 0; i < nRecords; ++i) {
         const char* pRecord = vecBytes.data() + static_cast<std::size_t>(i) * KEYVAL_FILE_RECORD;
-        p_pKeyVal[i].key = decodeU32(pRecord);
-        p_pKeyVal[i].value = decodeU32(pRecord + 4);
+        p_pKeyVal[i] = keyValFromRecord(pRecord);
     }
     return SNS_SUCCESS;
 }

@@ -18,6 +18,8 @@ class TiXmlElement;
 constexpr const char* SENSOR_VERSION_FILE = "/mnt/mtd/code/config_file/snsversion.cfg";
 // Bytes of one parameter record on flash: key then value, each 32-bit little-endian.
 constexpr u32 KEYVAL_FILE_RECORD = 8;
+// The record at p_pRecord (KEYVAL_FILE_RECORD bytes).
+KeyVal keyValFromRecord(const char* p_pRecord);
 
 // ---- Start-up steps sharing what init has read once ----------------------
 // The same from a machine description the caller has read already

@@ -5,18 +5,6 @@
 #include "platform/FileReader.h"
 #include "platform/InputLimits.h"
 
-namespace {
-
-u32 littleEndianWord(const std::string& p_strBytes, size_t p_nAt) {
-    u32 nWord = 0;
-    for (size_t b = 0; b < 4; ++b) {
-        nWord |= static_cast<u32>(static_cast<unsigned char>(p_strBytes[p_nAt + b])) << (8 * b);
-    }
-    return nWord;
-}
-
-} // namespace
-
 std::string schemeFilePath(const ISensorController& p_objController, int p_nScheme) {
     if (p_objController.isThermalChannel()) {
         return "/mnt/mtd/code/config_file/sensor-thermal" + std::to_string(p_nScheme) + ".cfg";
@@ -38,8 +26,7 @@ bool readSchemeFile(const std::string& p_strDevicePath, std::vector<KeyVal>& p_v
     }
     std::vector<KeyVal> vecSet(strBytes.size() / KEYVAL_FILE_RECORD);
     for (size_t i = 0; i < vecSet.size(); ++i) {
-        vecSet[i].key = littleEndianWord(strBytes, KEYVAL_FILE_RECORD * i);
-        vecSet[i].value = littleEndianWord(strBytes, KEYVAL_FILE_RECORD * i + 4);
+        vecSet[i] = keyValFromRecord(strBytes.data() + KEYVAL_FILE_RECORD * i);
     }
     p_vecSet = std::move(vecSet);
     return true;
