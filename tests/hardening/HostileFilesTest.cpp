@@ -222,36 +222,32 @@ TEST_P(HostileFilesTest, NoCrashNoHangAClearReportAndASafeOrRefusedChannel) {
     TempDeviceRoot objScratch;
     const std::string strChannelOut = objScratch.hostPath("/channel.txt");
     const std::string strToolOut = objScratch.hostPath("/sensorctl.txt");
-    {
-        SampleDevice objDevice("ipc");
-        // A first start-up stamps the files; without the stamp the next one
-        // removes the scheme files before it reads them.
-        if (stCase.szPath == SCHEME) {
-            ASSERT_EQ(runChannelChild(strChannelOut), kUp);
-        }
-        makeHostile(objDevice.root(), stCase);
-        EXPECT_EQ(runChannelChild(strChannelOut), stCase.nChannel)
-            << "128 + 14: hung; 128 + 6 or 11: crashed\n"
-            << objScratch.readFile("/channel.txt").substr(0, 4000);
-        const std::string strOutput = objScratch.readFile("/channel.txt");
-        if (stCase.szReport != nullptr) {
-            EXPECT_NE(strOutput.find(stCase.szReport), std::string::npos)
-                << strOutput.substr(0, 4000);
-        }
-        if (kSensorctl == nullptr) {
-            return;
-        }
-        const int nExit = runSensorctl(objDevice.root().path(), strToolOut);
-        const std::string strTool = objScratch.readFile("/sensorctl.txt");
-        EXPECT_TRUE(nExit >= 0 && nExit <= 2) << "exit " << nExit << "\n"
-                                              << strTool.substr(0, 4000);
-        const char* szToolReport = stCase.szToolReport ? stCase.szToolReport : stCase.szReport;
-        if (szToolReport != nullptr) {
-            EXPECT_NE(strTool.find(szToolReport), std::string::npos) << strTool.substr(0, 4000);
-        }
-        if (stCase.nChannel == kUp) {
-            EXPECT_NE(strTool.find("34 KEY_BRIGHTNESS"), std::string::npos) << strTool;
-        }
+    SampleDevice objDevice("ipc");
+    // A first start-up stamps the files; without the stamp the next one
+    // removes the scheme files before it reads them.
+    if (stCase.szPath == SCHEME) {
+        ASSERT_EQ(runChannelChild(strChannelOut), kUp);
+    }
+    makeHostile(objDevice.root(), stCase);
+    EXPECT_EQ(runChannelChild(strChannelOut), stCase.nChannel)
+        << "128 + 14: hung; 128 + 6 or 11: crashed\n"
+        << objScratch.readFile("/channel.txt").substr(0, 4000);
+    const std::string strOutput = objScratch.readFile("/channel.txt");
+    if (stCase.szReport != nullptr) {
+        EXPECT_NE(strOutput.find(stCase.szReport), std::string::npos) << strOutput.substr(0, 4000);
+    }
+    if (kSensorctl == nullptr) {
+        return;
+    }
+    const int nExit = runSensorctl(objDevice.root().path(), strToolOut);
+    const std::string strTool = objScratch.readFile("/sensorctl.txt");
+    EXPECT_TRUE(nExit >= 0 && nExit <= 2) << "exit " << nExit << "\n" << strTool.substr(0, 4000);
+    const char* szToolReport = stCase.szToolReport ? stCase.szToolReport : stCase.szReport;
+    if (szToolReport != nullptr) {
+        EXPECT_NE(strTool.find(szToolReport), std::string::npos) << strTool.substr(0, 4000);
+    }
+    if (stCase.nChannel == kUp) {
+        EXPECT_NE(strTool.find("34 KEY_BRIGHTNESS"), std::string::npos) << strTool;
     }
 }
 
