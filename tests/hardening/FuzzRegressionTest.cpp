@@ -99,19 +99,10 @@ TEST(FuzzRegressionTest, GroupsLackingANumberAreSkippedAndTheRestRead) {
 // markup that does not open an element is not counted.
 TEST(FuzzRegressionTest, DocumentsNestedDeeperThanTheLimitAreRefusedBeforeParsing) {
     TempDeviceRoot objRoot; // the refusal is logged
-    const auto deep = [](int p_nDepth) {
-        std::string strOpen;
-        std::string strClose;
-        for (int i = 0; i < p_nDepth; ++i) {
-            strOpen += "<a>";
-            strClose += "</a>";
-        }
-        return strOpen + strClose;
-    };
     const std::pair<std::string, int> arrCases[] = {
-        {deep(256), 256},
-        {deep(257), 257},
-        {deep(100000), 257},
+        {nestedXml(256), 256},
+        {nestedXml(257), 257},
+        {nestedXml(100000), 257},
         {"<a><!-- <b><c> --><b/><b></b></a>", 2},
         {"<a x='<b>' y=\"/>\"><![CDATA[<c><d>]]></a>", 1},
         {"<?xml version=\"1.0\"?><!DOCTYPE a><a>< b>1 <2</a>", 1},
@@ -121,9 +112,9 @@ TEST(FuzzRegressionTest, DocumentsNestedDeeperThanTheLimitAreRefusedBeforeParsin
         EXPECT_EQ(xmlDepth(strText.c_str(), strText.size(), 256), nDepth) << strText.substr(0, 80);
     }
     TiXmlDocumentEx objDoc;
-    EXPECT_TRUE(objDoc.LoadMem(deep(256).c_str(), TIXML_ENCODING_UTF8));
+    EXPECT_TRUE(objDoc.LoadMem(nestedXml(256).c_str(), TIXML_ENCODING_UTF8));
     CaptureStdout();
-    EXPECT_FALSE(objDoc.LoadMem(deep(100000).c_str(), TIXML_ENCODING_UTF8));
+    EXPECT_FALSE(objDoc.LoadMem(nestedXml(100000).c_str(), TIXML_ENCODING_UTF8));
     EXPECT_NE(GetCapturedStdout().find("nested deeper than 256 levels"), std::string::npos);
     EXPECT_EQ(objDoc.RootElement(), nullptr);
 }
