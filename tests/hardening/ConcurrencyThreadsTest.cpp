@@ -121,15 +121,11 @@ TEST(HostThreadsTest, HostCallsAgainstTheRunningSensorThreadLeaveAConsistentChan
     EXPECT_TRUE(objChannel.getParameter(34, nValue));
     EXPECT_EQ(nValue, 77);
     // And its thread still follows the light: night selects scheme 1, day scheme 0.
-    const auto currentScheme = [&] {
-        int nNow = -1;
-        objChannel.getParamScheme(nNow);
-        return nNow;
-    };
+    int nNow = -1;
     objDevice.isp().setLightLevel(0, 0);
-    EXPECT_TRUE(eventually([&] { return currentScheme() == 1; }));
+    EXPECT_TRUE(eventually([&] { return objChannel.getParamScheme(nNow) && nNow == 1; }));
     objDevice.isp().setLightLevel(0, 1000);
-    EXPECT_TRUE(eventually([&] { return currentScheme() == 0; }));
+    EXPECT_TRUE(eventually([&] { return objChannel.getParamScheme(nNow) && nNow == 0; }));
 }
 
 // A host that calls the channel back to back must not hold off the sensor
