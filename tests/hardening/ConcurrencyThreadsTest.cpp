@@ -15,7 +15,6 @@
 #include <mutex>
 #include <optional>
 #include <regex>
-#include <sstream>
 #include <thread>
 #include <vector>
 
@@ -122,15 +121,11 @@ TEST(HostThreadsTest, HostCallsAgainstTheRunningSensorThreadLeaveAConsistentChan
     EXPECT_TRUE(objChannel.getParameter(34, nValue));
     EXPECT_EQ(nValue, 77);
     // And its thread still follows the light: night selects scheme 1, day scheme 0.
-    const auto currentScheme = [&] {
-        int nNow = -1;
-        objChannel.getParamScheme(nNow);
-        return nNow;
-    };
+    int nNow = -1;
     objDevice.isp().setLightLevel(0, 0);
-    EXPECT_TRUE(eventually([&] { return currentScheme() == 1; }));
+    EXPECT_TRUE(eventually([&] { return objChannel.getParamScheme(nNow) && nNow == 1; }));
     objDevice.isp().setLightLevel(0, 1000);
-    EXPECT_TRUE(eventually([&] { return currentScheme() == 0; }));
+    EXPECT_TRUE(eventually([&] { return objChannel.getParamScheme(nNow) && nNow == 0; }));
 }
 
 // A host that calls the channel back to back must not hold off the sensor
@@ -363,13 +358,14 @@ TEST(MailboxTest, EveryRequestPostedOnTheThermalChannelIsCarriedOutByChannelOne)
 // does not match.
 const std::regex kLine(R"(tag w(\d+) n(\d+) x+)");
 
-std::vector<std::string> linesOf(const std::string& p_strHostPath) {
-    std::vector<std::string> vecLines;
+// Calls p_fnLine(writer, number) for each line of the file; a torn line fails.
+template <class OnLine> void forEachLine(const std::string& p_strHostPath, OnLine p_fnLine) {
     std::ifstream in(p_strHostPath);
     for (std::string strLine; std::getline(in, strLine);) {
-        vecLines.push_back(strLine);
+        std::smatch m;
+        ASSERT_TRUE(std::regex_match(strLine, m, kLine)) << "torn line: " << strLine;
+        p_fnLine(std::stoi(m[1]), std::stoi(m[2]));
     }
-    return vecLines;
 }
 
 void writeFromLoggers(const std::string& p_strPath, int p_nMaxSize, int p_nWriters, int p_nLines) {
@@ -395,12 +391,9 @@ TEST(LoggerThreadsTest, SeveralLoggersOnOneFileKeepEveryLineWholeAndInOrder) {
     writeFromLoggers("/mnt/mtd/log/SensorError.log", 1 << 30, kWriters, kLines);
 
     std::map<int, int> mapNext;
-    for (const std::string& strLine : linesOf(objRoot.hostPath("/mnt/mtd/log/SensorError.log"))) {
-        std::smatch m;
-        ASSERT_TRUE(std::regex_match(strLine, m, kLine)) << "torn line: " << strLine;
-        const int nWriter = std::stoi(m[1]);
-        EXPECT_EQ(std::stoi(m[2]), mapNext[nWriter]++) << "writer " << nWriter;
-    }
+    forEachLine(objRoot.hostPath("/mnt/mtd/log/SensorError.log"), [&](int nWriter, int nNumber) {
+        EXPECT_EQ(nNumber, mapNext[nWriter]++) << "writer " << nWriter;
+    });
     for (int w = 0; w < kWriters; ++w) {
         EXPECT_EQ(mapNext[w], kLines) << "lines of writer " << w;
     }
@@ -416,16 +409,12 @@ TEST(LoggerThreadsTest, RotationUnderSeveralLoggersLosesOnlyWholeOldLines) {
     // Oldest file first, so each writer's numbers rise across the files.
     for (const std::string& strFile : {strBase + ".3", strBase + ".2", strBase + ".1", strBase}) {
         ASSERT_TRUE(std::filesystem::exists(strFile)) << strFile;
-        for (const std::string& strLine : linesOf(strFile)) {
-            std::smatch m;
-            ASSERT_TRUE(std::regex_match(strLine, m, kLine)) << "torn line: " << strLine;
-            const int nWriter = std::stoi(m[1]);
-            const int nNumber = std::stoi(m[2]);
+        forEachLine(strFile, [&](int nWriter, int nNumber) {
             auto it = mapLast.find(nWriter);
             EXPECT_TRUE(it == mapLast.end() || nNumber > it->second)
                 << "writer " << nWriter << " line " << nNumber << " out of order in " << strFile;
             mapLast[nWriter] = nNumber;
-        }
+        });
     }
     EXPECT_FALSE(std::filesystem::exists(strBase + ".4")) << "only three older files are kept";
     // A file is rotated by the write that takes it past the limit, and only then.

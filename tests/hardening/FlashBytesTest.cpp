@@ -10,22 +10,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "HardeningChannel.h"
 #include "common/SensorKeys.h"
 #include "common/SensorTypes.h"
 #include "config/SensorFile.h"
-#include "controller/ISensorController.h"
-#include "isp/IspSimulator.h"
-#include "platform/MachineInfo.h"
-#include "platform/ModuleConfigureParser.h"
-#include "platform/SystemInfoParser.h"
-#include "platform/VXClock.h"
-#include "platform/VideoStreamModule.h"
-#include "support/TestSupport.h"
 
 namespace sensortest {
 namespace {
@@ -59,19 +51,16 @@ constexpr std::array<KeyVal, 16> FIXED_SET{{
 }};
 constexpr u32 FIXED_VERSION = 0x8402C301u;
 
-std::string readHostFile(const fs::path& p_path) {
-    std::ifstream in(p_path, std::ios::binary);
+std::string goldenFile(const std::string& p_strName) {
+    std::ifstream in(fs::path(sourceDir()) / "tests" / "hardening" / "golden" / p_strName,
+                     std::ios::binary);
     if (!in) {
-        ADD_FAILURE() << "cannot read " << p_path;
+        ADD_FAILURE() << "cannot read golden file " << p_strName;
         return {};
     }
     std::ostringstream content;
     content << in.rdbuf();
     return content.str();
-}
-
-std::string goldenFile(const std::string& p_strName) {
-    return readHostFile(fs::path(sourceDir()) / "tests" / "hardening" / "golden" / p_strName);
 }
 
 u32 wordAt(const std::string& p_strBytes, size_t p_nOffset) {
@@ -118,67 +107,22 @@ TEST(FlashBytesTest, FixedSetAndStampAreTheKeptBytesAndReadBack) {
     dumpFile(objRoot, SENSOR_VERSION_FILE, "fixed");
 }
 
-// A video module that accepts every change; the start-up only needs one.
-class SilentVideo : public VideoStreamModule {
-public:
-    int notifyParamChange(int, int, int) const override { return 0; }
-    bool isBusy() const override { return false; }
-    int getAVStreamParams(std::vector<AVStreamParam>& out) const override {
-        out.clear();
-        return 0;
-    }
-    int getLimitedFramesWDRModeParam(int, LimitedFramesWDRModeParam& out) const override {
-        out = LimitedFramesWDRModeParam();
-        return 0;
-    }
-};
-
-// Brings channel 1 of a sample device up and down on the root, with the
-// virtual clock so that the start-up pass does not wait.
-void startUpSampleDevice(const TempDeviceRoot& p_objRoot, const std::string& p_strDevice) {
-    const fs::path src = fs::path(sourceDir()) / "devices" / p_strDevice;
-    fs::copy(src, p_objRoot.path(),
-             fs::copy_options::recursive | fs::copy_options::overwrite_existing);
-    IspSimulator& objIsp = IspSimulator::instance();
-    objIsp.loadDefaultProfile();
-    objIsp.reset();
-    std::string strError;
-    ASSERT_TRUE(objIsp.loadProfile((src / "isp_profile.xml").string(), &strError)) << strError;
-
-    MachineInfo objMachine;
-    SystemInfoParser::parseMachineInfo("/mnt/mtd/code/factory_setting/machineinfo.ini", objMachine);
-    std::vector<ModuleConfigure> vecModules;
-    ModuleConfigureParser::parse(ModuleConfigureParser::kDevicePath, objMachine.getHardwareModel(),
-                                 objMachine.getHardwareCode(), vecModules);
-    ASSERT_FALSE(vecModules.empty()) << p_strDevice;
-
-    installClock(std::make_shared<VirtualClock>());
-    SilentVideo objVideo;
-    {
-        ISensorController objController;
-        objController.setChannelID(1);
-        objController.setVideoStreamModule(&objVideo);
-        objController.init(vecModules.front());
-        EXPECT_EQ(1, objController.getSensorStatus()) << p_strDevice;
-        objController.uinit();
-    }
-    installClock(nullptr);
-}
-
 // Every parameter file of a start-up holds whole key/value records in
 // little-endian order, the scheme keys first; the stamp is one word.
 TEST(FlashBytesTest, SampleDeviceStartUpWritesLittleEndianRecords) {
     for (const char* szDevice : {"ipc", "dome", "lpr", "thermal"}) {
         SCOPED_TRACE(szDevice);
-        TempDeviceRoot objRoot;
-        startUpSampleDevice(objRoot, szDevice);
+        SampleDevice objDevice(szDevice);
+        ISensorController& objChannel = objDevice.bringUp(1);
+        EXPECT_EQ(1, objChannel.getSensorStatus());
+        objChannel.uinit(); // its thread stopped: no write under way while the files are read
+        const TempDeviceRoot& objRoot = objDevice.root();
 
-        std::vector<std::string> vecFiles;
+        std::size_t nFiles = 0;
         for (const auto& entry : fs::directory_iterator(objRoot.hostPath(CONFIG_DIR))) {
-            vecFiles.push_back(std::string(CONFIG_DIR) + "/" + entry.path().filename().string());
-        }
-        ASSERT_FALSE(vecFiles.empty());
-        for (const std::string& strFile : vecFiles) {
+            const std::string strFile =
+                std::string(CONFIG_DIR) + "/" + entry.path().filename().string();
+            ++nFiles;
             SCOPED_TRACE(strFile);
             const std::string strBytes = objRoot.readFile(strFile);
             if (strFile == SENSOR_VERSION_FILE) {
@@ -192,6 +136,7 @@ TEST(FlashBytesTest, SampleDeviceStartUpWritesLittleEndianRecords) {
             }
             dumpFile(objRoot, strFile, szDevice);
         }
+        EXPECT_GT(nFiles, 0u);
         dumpFile(objRoot, MERGED_STYLE_FILE, szDevice);
     }
 }

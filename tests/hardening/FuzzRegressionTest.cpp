@@ -26,7 +26,7 @@ std::vector<uint8_t> wordsAsBytes(const std::vector<int32_t>& p_vecWords, std::s
 
 // Reading a key the set lacks asks the ISP; for a record command the ISP
 // writes the whole record, which once overran the caller's single value.
-TEST(FuzzRegressionTest, ReadingRecordCommandsGivesTheirFirstWordAndNothingMore) {
+TEST(FuzzRegressionTest, RecordCommandsReadTheirFirstWordAndWriteTheValueAndZeros) {
     SampleDevice objDevice("ipc");
     CaptureStdout();
     ISensorController& objChannel = objDevice.bringUp(1);
@@ -48,16 +48,10 @@ TEST(FuzzRegressionTest, ReadingRecordCommandsGivesTheirFirstWordAndNothingMore)
     std::string strOut;
     EXPECT_EQ(objChannel.getParameters("(2816,2496,34)", strOut), 1);
     EXPECT_EQ(strOut.rfind("(2816,41)(2496,808530483)(34,", 0), 0u) << strOut;
-    GetCapturedStdout();
-}
 
-// A key without a row goes to the ISP as is; for a record command the ISP
-// reads a whole record, which once took the records after it in the host's
-// list (or the memory past the list) as the rest of the record.
-TEST(FuzzRegressionTest, WritingARecordCommandSendsTheValueAndZerosNotTheNextRecords) {
-    SampleDevice objDevice("ipc");
-    CaptureStdout();
-    ISensorController& objChannel = objDevice.bringUp(1);
+    // A key without a row goes to the ISP as is; for a record command the ISP
+    // reads a whole record, which once took the records after it in the host's
+    // list (or the memory past the list) as the rest of the record.
     objChannel.setParameters("(2816,5)(34,50)(2337,128)", false);
     GetCapturedStdout();
     EXPECT_EQ(objDevice.isp().getRecord(0, 2816), wordsAsBytes({5, 0, 0, 0}, 16));
@@ -105,19 +99,10 @@ TEST(FuzzRegressionTest, GroupsLackingANumberAreSkippedAndTheRestRead) {
 // markup that does not open an element is not counted.
 TEST(FuzzRegressionTest, DocumentsNestedDeeperThanTheLimitAreRefusedBeforeParsing) {
     TempDeviceRoot objRoot; // the refusal is logged
-    const auto deep = [](int p_nDepth) {
-        std::string strOpen;
-        std::string strClose;
-        for (int i = 0; i < p_nDepth; ++i) {
-            strOpen += "<a>";
-            strClose += "</a>";
-        }
-        return strOpen + strClose;
-    };
     const std::pair<std::string, int> arrCases[] = {
-        {deep(256), 256},
-        {deep(257), 257},
-        {deep(100000), 257},
+        {nestedXml(256), 256},
+        {nestedXml(257), 257},
+        {nestedXml(100000), 257},
         {"<a><!-- <b><c> --><b/><b></b></a>", 2},
         {"<a x='<b>' y=\"/>\"><![CDATA[<c><d>]]></a>", 1},
         {"<?xml version=\"1.0\"?><!DOCTYPE a><a>< b>1 <2</a>", 1},
@@ -127,9 +112,9 @@ TEST(FuzzRegressionTest, DocumentsNestedDeeperThanTheLimitAreRefusedBeforeParsin
         EXPECT_EQ(xmlDepth(strText.c_str(), strText.size(), 256), nDepth) << strText.substr(0, 80);
     }
     TiXmlDocumentEx objDoc;
-    EXPECT_TRUE(objDoc.LoadMem(deep(256).c_str(), TIXML_ENCODING_UTF8));
+    EXPECT_TRUE(objDoc.LoadMem(nestedXml(256).c_str(), TIXML_ENCODING_UTF8));
     CaptureStdout();
-    EXPECT_FALSE(objDoc.LoadMem(deep(100000).c_str(), TIXML_ENCODING_UTF8));
+    EXPECT_FALSE(objDoc.LoadMem(nestedXml(100000).c_str(), TIXML_ENCODING_UTF8));
     EXPECT_NE(GetCapturedStdout().find("nested deeper than 256 levels"), std::string::npos);
     EXPECT_EQ(objDoc.RootElement(), nullptr);
 }

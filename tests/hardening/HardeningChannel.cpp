@@ -11,6 +11,17 @@ namespace sensortest {
 
 namespace fs = std::filesystem;
 
+std::string nestedXml(int p_nDepth) {
+    std::string strText;
+    for (int i = 0; i < p_nDepth; ++i) {
+        strText += "<a>";
+    }
+    for (int i = 0; i < p_nDepth; ++i) {
+        strText += "</a>";
+    }
+    return strText;
+}
+
 int AcceptingVideoModule::getAVStreamParams(std::vector<AVStreamParam>& out) const {
     out.clear();
     return 0;

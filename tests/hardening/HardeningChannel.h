@@ -24,6 +24,9 @@ public:
     int getLimitedFramesWDRModeParam(int, LimitedFramesWDRModeParam& out) const override;
 };
 
+// p_nDepth nested elements: "<a><a>...</a></a>".
+std::string nestedXml(int p_nDepth);
+
 class SampleDevice {
 public:
     // Copies devices/<name> into a fresh root and loads its ISP profile.

@@ -106,17 +106,6 @@ void PrintTo(const HostileCase& p_stCase, std::ostream* p_pOut) {
     *p_pOut << p_stCase.szName;
 }
 
-std::string nested(int p_nDepth) {
-    std::string strText = "<?xml version=\"1.0\"?>";
-    for (int i = 0; i < p_nDepth; ++i) {
-        strText += "<a>";
-    }
-    for (int i = 0; i < p_nDepth; ++i) {
-        strText += "</a>";
-    }
-    return strText;
-}
-
 void makeHostile(const TempDeviceRoot& p_objRoot, const HostileCase& p_stCase) {
     const std::string strHost = p_objRoot.hostPath(p_stCase.szPath);
     fs::create_directories(fs::path(strHost).parent_path());
@@ -141,7 +130,8 @@ void makeHostile(const TempDeviceRoot& p_objRoot, const HostileCase& p_stCase) {
         p_objRoot.writeFile(p_stCase.szPath, std::string(20u << 20, '9') + "\n0\n");
         break;
     case Make::Deep:
-        p_objRoot.writeFile(p_stCase.szPath, nested(std::atoi(p_stCase.szArg)));
+        p_objRoot.writeFile(p_stCase.szPath,
+                            "<?xml version=\"1.0\"?>" + nestedXml(std::atoi(p_stCase.szArg)));
         break;
     case Make::MaxScheme: {
         std::string strText = p_objRoot.readFile(p_stCase.szPath);
@@ -152,14 +142,6 @@ void makeHostile(const TempDeviceRoot& p_objRoot, const HostileCase& p_stCase) {
         break;
     }
     }
-}
-
-void limitChild() {
-    if (kLimitAddressSpace) {
-        const rlimit stLimit{kAddressSpace, kAddressSpace};
-        ::setrlimit(RLIMIT_AS, &stLimit);
-    }
-    ::alarm(kTimeoutSec); // a hang ends in SIGALRM
 }
 
 // The host's bring-up of channel 1, then a look at what it holds.
@@ -190,7 +172,11 @@ int runChannelChild(const std::string& p_strOutput) {
     std::fflush(stdout);
     const pid_t nPid = ::fork();
     if (nPid == 0) {
-        limitChild();
+        if (kLimitAddressSpace) {
+            const rlimit stLimit{kAddressSpace, kAddressSpace};
+            ::setrlimit(RLIMIT_AS, &stLimit);
+        }
+        ::alarm(kTimeoutSec); // a hang ends in SIGALRM
         const int nFd = ::open(p_strOutput.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         ::dup2(nFd, STDOUT_FILENO);
         ::dup2(nFd, STDERR_FILENO);
@@ -222,36 +208,32 @@ TEST_P(HostileFilesTest, NoCrashNoHangAClearReportAndASafeOrRefusedChannel) {
     TempDeviceRoot objScratch;
     const std::string strChannelOut = objScratch.hostPath("/channel.txt");
     const std::string strToolOut = objScratch.hostPath("/sensorctl.txt");
-    {
-        SampleDevice objDevice("ipc");
-        // A first start-up stamps the files; without the stamp the next one
-        // removes the scheme files before it reads them.
-        if (stCase.szPath == SCHEME) {
-            ASSERT_EQ(runChannelChild(strChannelOut), kUp);
-        }
-        makeHostile(objDevice.root(), stCase);
-        EXPECT_EQ(runChannelChild(strChannelOut), stCase.nChannel)
-            << "128 + 14: hung; 128 + 6 or 11: crashed\n"
-            << objScratch.readFile("/channel.txt").substr(0, 4000);
-        const std::string strOutput = objScratch.readFile("/channel.txt");
-        if (stCase.szReport != nullptr) {
-            EXPECT_NE(strOutput.find(stCase.szReport), std::string::npos)
-                << strOutput.substr(0, 4000);
-        }
-        if (kSensorctl == nullptr) {
-            return;
-        }
-        const int nExit = runSensorctl(objDevice.root().path(), strToolOut);
-        const std::string strTool = objScratch.readFile("/sensorctl.txt");
-        EXPECT_TRUE(nExit >= 0 && nExit <= 2) << "exit " << nExit << "\n"
-                                              << strTool.substr(0, 4000);
-        const char* szToolReport = stCase.szToolReport ? stCase.szToolReport : stCase.szReport;
-        if (szToolReport != nullptr) {
-            EXPECT_NE(strTool.find(szToolReport), std::string::npos) << strTool.substr(0, 4000);
-        }
-        if (stCase.nChannel == kUp) {
-            EXPECT_NE(strTool.find("34 KEY_BRIGHTNESS"), std::string::npos) << strTool;
-        }
+    SampleDevice objDevice("ipc");
+    // A first start-up stamps the files; without the stamp the next one
+    // removes the scheme files before it reads them.
+    if (stCase.szPath == SCHEME) {
+        ASSERT_EQ(runChannelChild(strChannelOut), kUp);
+    }
+    makeHostile(objDevice.root(), stCase);
+    EXPECT_EQ(runChannelChild(strChannelOut), stCase.nChannel)
+        << "128 + 14: hung; 128 + 6 or 11: crashed\n"
+        << objScratch.readFile("/channel.txt").substr(0, 4000);
+    const std::string strOutput = objScratch.readFile("/channel.txt");
+    if (stCase.szReport != nullptr) {
+        EXPECT_NE(strOutput.find(stCase.szReport), std::string::npos) << strOutput.substr(0, 4000);
+    }
+    if (kSensorctl == nullptr) {
+        return;
+    }
+    const int nExit = runSensorctl(objDevice.root().path(), strToolOut);
+    const std::string strTool = objScratch.readFile("/sensorctl.txt");
+    EXPECT_TRUE(nExit >= 0 && nExit <= 2) << "exit " << nExit << "\n" << strTool.substr(0, 4000);
+    const char* szToolReport = stCase.szToolReport ? stCase.szToolReport : stCase.szReport;
+    if (szToolReport != nullptr) {
+        EXPECT_NE(strTool.find(szToolReport), std::string::npos) << strTool.substr(0, 4000);
+    }
+    if (stCase.nChannel == kUp) {
+        EXPECT_NE(strTool.find("34 KEY_BRIGHTNESS"), std::string::npos) << strTool;
     }
 }
 
