@@ -45,14 +45,6 @@ std::string wrap(const std::string& p_strBody) {
     return "<SensorProfile>" + p_strBody + "</SensorProfile>";
 }
 
-std::string repeated(const std::string& p_strText, int p_nTimes) {
-    std::string strOut;
-    for (int i = 0; i < p_nTimes; ++i) {
-        strOut += p_strText;
-    }
-    return strOut;
-}
-
 // A profile with n dynamic commands, or one dynamic command with n items.
 std::string manyDynamics(int p_nCount, bool p_bItems) {
     std::string strBody;
@@ -402,10 +394,14 @@ TEST_F(IspTest, ProfilesFromTextFilesAndTheEnvironmentSetValuesPerChannel) {
 
 TEST_F(IspTest, BrokenProfilesAreRefusedAndChangeNothing) {
     const std::string strCmd = "<Command id=\"34\" value=";
+    std::string strDeep;
+    for (int i = 0; i < 300; ++i) {
+        strDeep = "<C>" + strDeep + "</C>";
+    }
     const std::pair<std::string, std::string> arrCases[] = {
         {"<SensorProfile><Command id=\"34\"", "XML error"},
         {"<Profile/>", "root element"},
-        {wrap(repeated("<C>", 300) + repeated("</C>", 300)), "nested deeper than 256"},
+        {wrap(strDeep), "nested deeper than 256"},
         {wrap("<Comand id=\"34\" value=\"1\"/>"), "unknown element"},
         {wrap(strCmd + "\"1\" colour=\"red\"/>"), "unknown attribute"},
         {wrap("<Command id=\"34\"/>"), "\"value\" is missing"},
