@@ -28,15 +28,13 @@ std::vector<std::pair<u32, u32>> pairs(const std::vector<KeyVal>& p_vecSet) {
 
 enum class Fault { DiskFull, ShortWrite, ReadOnly, DirectoryInTheWay };
 
-struct FaultCase {
+constexpr struct FaultCase {
     const char* szName;
     Fault eFault;
-};
-
-constexpr FaultCase kFaults[] = {{"disk full", Fault::DiskFull},
-                                 {"short write", Fault::ShortWrite},
-                                 {"read-only flash", Fault::ReadOnly},
-                                 {"directory in the way", Fault::DirectoryInTheWay}};
+} kFaults[] = {{"disk full", Fault::DiskFull},
+               {"short write", Fault::ShortWrite},
+               {"read-only flash", Fault::ReadOnly},
+               {"directory in the way", Fault::DirectoryInTheWay}};
 
 class FailedSaveTest : public ChannelTest {
 protected:
