@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/SensorKeys.h"
@@ -49,6 +50,15 @@ protected:
     std::vector<KeyVal> readSet(const std::string& p_strDevicePath) const;
     void writeSet(const std::string& p_strDevicePath, const std::vector<KeyVal>& p_vecSet) const;
     static u32 valueOf(const std::vector<KeyVal>& p_vecSet, u32 p_nKey);
+    // (key, value) pairs for whole-set comparisons, or the keys alone (value 0).
+    static std::vector<std::pair<u32, u32>> pairsOf(const std::vector<KeyVal>& p_vecSet,
+                                                    bool p_bKeys = false) {
+        std::vector<std::pair<u32, u32>> vecPairs;
+        for (const KeyVal& st : p_vecSet) {
+            vecPairs.emplace_back(st.key, p_bKeys ? 0 : st.value);
+        }
+        return vecPairs;
+    }
     // What a getter reads into a value starting as p_start; nullopt when it fails.
     template <typename T>
     std::optional<T> read(bool (ISensorController::*p_pGet)(T&), T p_start = T(-7)) const {

@@ -17,26 +17,15 @@ namespace fs = std::filesystem;
 constexpr const char* kConfigDir = "/mnt/mtd/code/config_file";
 constexpr const char* kMergedStyle = "/tmp/merge_style_ch1.xml";
 
-// Key and value of each record, for whole-set comparisons.
-std::vector<std::pair<u32, u32>> pairs(const std::vector<KeyVal>& p_vecSet) {
-    std::vector<std::pair<u32, u32>> vecPairs;
-    for (const KeyVal& st : p_vecSet) {
-        vecPairs.emplace_back(st.key, st.value);
-    }
-    return vecPairs;
-}
-
 enum class Fault { DiskFull, ShortWrite, ReadOnly, DirectoryInTheWay };
 
-struct FaultCase {
+constexpr struct FaultCase {
     const char* szName;
     Fault eFault;
-};
-
-constexpr FaultCase kFaults[] = {{"disk full", Fault::DiskFull},
-                                 {"short write", Fault::ShortWrite},
-                                 {"read-only flash", Fault::ReadOnly},
-                                 {"directory in the way", Fault::DirectoryInTheWay}};
+} kFaults[] = {{"disk full", Fault::DiskFull},
+               {"short write", Fault::ShortWrite},
+               {"read-only flash", Fault::ReadOnly},
+               {"directory in the way", Fault::DirectoryInTheWay}};
 
 class FailedSaveTest : public ChannelTest {
 protected:
@@ -111,9 +100,9 @@ TEST_F(FailedSaveTest, StartUpAndResetThatCannotWriteKeepTheFactorySetAndSaySo) 
         fs::create_directories(m_objRoot.hostPath(kConfigDir));
         inject(stCase.eFault, schemeFile(1, 0));
         ISensorController& c = bringUp();
-        const auto vecFactory = pairs(Access::row(c, Access::schemeSum(c)));
+        const auto vecFactory = pairsOf(Access::row(c, Access::schemeSum(c)));
         for (u32 s = 0; s < Access::schemeSum(c); ++s) {
-            EXPECT_EQ(vecFactory, pairs(Access::row(c, s))) << "scheme " << s << ": no zeros";
+            EXPECT_EQ(vecFactory, pairsOf(Access::row(c, s))) << "scheme " << s << ": no zeros";
         }
         EXPECT_EQ(50, param(34));
         EXPECT_FALSE(c.resetParameters()) << "the reset could not write its files";

@@ -18,16 +18,6 @@ u32 v60(u32 p_nKey) {
     return 60 + p_nKey % 7;
 }
 
-// (key, value) pairs, or the keys alone (value 0).
-std::vector<std::pair<u32, u32>> pairsOf(const std::vector<KeyVal>& p_vecSet,
-                                         bool p_bKeys = false) {
-    std::vector<std::pair<u32, u32>> vecPairs;
-    for (const KeyVal& st : p_vecSet) {
-        vecPairs.emplace_back(st.key, p_bKeys ? 0 : st.value);
-    }
-    return vecPairs;
-}
-
 } // namespace
 
 class ParameterSafetyTest : public ChannelTest {
