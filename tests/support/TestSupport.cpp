@@ -2,7 +2,6 @@
 
 #include "platform/DeviceRoot.h"
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -26,7 +25,6 @@ std::mutex g_outerMutex;
 std::map<std::string, std::string> g_outerRoots;
 
 constexpr const char* kScratchEnv = "SENSOR_TEST_SCRATCH";
-constexpr const char* kRootEnv = "SENSOR_DEVICE_ROOT";
 
 std::string makeDir(const std::string& p_strParent, const char* p_szPrefix) {
     std::string tmpl = p_strParent + "/" + p_szPrefix + "XXXXXX";
@@ -77,44 +75,11 @@ std::string makeTempDir() {
     return makeDir(scratch().path(), "sensor-root-");
 }
 
-// A test that forgets its temporary root would write the camera's real paths
-// (/mnt/mtd/log/SensorError.log, ...): the whole run gets a catch-all root in
-// the scratch directory instead, and the run fails if anything lands there.
-class UnrootedWritesCheck : public ::testing::Environment {
-public:
-    void SetUp() override {
-        m_strPath = scratch().path() + "/unrooted";
-        fs::create_directories(m_strPath);
-        const char* szRoot = std::getenv(kRootEnv);
-        m_bInstalled = szRoot == nullptr || *szRoot == '\0';
-        if (m_bInstalled) {
-            ::setenv(kRootEnv, m_strPath.c_str(), 1);
-        }
-    }
-    void TearDown() override {
-        if (!m_bInstalled) {
-            return;
-        }
-        ::unsetenv(kRootEnv);
-        std::error_code ec;
-        for (auto it = fs::recursive_directory_iterator(m_strPath, ec);
-             !ec && it != fs::recursive_directory_iterator(); it.increment(ec)) {
-            if (!it->is_directory()) {
-                ADD_FAILURE() << "a test wrote outside its temporary root: "
-                              << it->path().string().substr(m_strPath.size());
-            }
-        }
-    }
-
-private:
-    std::string m_strPath;
-    bool m_bInstalled = false;
-};
-
-[[maybe_unused]] ::testing::Environment* const g_pUnrootedWritesCheck =
-    ::testing::AddGlobalTestEnvironment(new UnrootedWritesCheck);
-
 } // namespace
+
+std::string scratchDir() {
+    return scratch().path();
+}
 
 TempDeviceRoot::TempDeviceRoot() : m_strPath(makeTempDir()) {
     std::lock_guard<std::mutex> guard(g_outerMutex);

@@ -26,6 +26,9 @@ private:
     std::string m_strPath;
 };
 
+// The per-process directory that holds every temporary root.
+std::string scratchDir();
+
 // The source tree, for tests that read the sample devices.
 std::string sourceDir();
 
