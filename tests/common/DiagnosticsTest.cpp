@@ -1,19 +1,31 @@
 // The diagnostics: level and abort switch from the marker file, exact console
-// texts (source lines masked), the error log, and the abort.
+// texts (source lines masked), the error log, the abort, and the checks inside
+// the style helpers, which name the operation they serve.
 #define SNS_SOURCE_UNIT "SensorFile"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstring>
 #include <regex>
 #include <string>
 
 #include "common/SensorDebug.h"
+#include "common/ia_ioctrl.h"
+#include "config/SensorFile.h"
+#include "config/sensor.h"
+#include "isp/IspSimulator.h"
 #include "support/TestSupport.h"
 
 namespace {
 
 const std::string kLogPath = "/mnt/mtd/log/SensorError.log";
+const std::string kAssertOut =
+    "\033[0m\033[31m[sensor assert] file:SensorFile fun:failCheck line:#\n"
+    "1 + 1 == 3   ~~~Assertion failed.\n\033[0m\033[0m\033[31mnScheme(7)\n\033[0m";
+const std::string kAssertLog = "[sensor assert] file:SensorFile fun:failCheck line:#\n"
+                               "[sensor assert] 1 + 1 == 3   ~~~Assertion failed.\n"
+                               "[sensor assert] nScheme(7)\n";
 
 void traceAll() {
     SNS_DBG("dbg %d\n", 1);
@@ -38,6 +50,15 @@ template <typename Fn> std::string capture(Fn p_fn) {
     return masked(::testing::internal::GetCapturedStdout());
 }
 
+std::size_t count(const std::string& p_strText, const std::string& p_strPart) {
+    std::size_t nCount = 0;
+    for (auto nAt = p_strText.find(p_strPart); nAt != std::string::npos;
+         nAt = p_strText.find(p_strPart, nAt + 1)) {
+        ++nCount;
+    }
+    return nCount;
+}
+
 // One console block of traceAll: colour prefix, header for a tagged trace, text, suffix.
 std::string block(const std::string& p_strColour, const std::string& p_strTag,
                   const std::string& p_strText) {
@@ -48,9 +69,14 @@ std::string block(const std::string& p_strColour, const std::string& p_strTag,
 
 class DiagnosticsTest : public ::testing::Test {
 protected:
-    void setMarker(const std::string& p_strContent) {
-        m_objRoot.writeFile("/tmp/Debug.sign", p_strContent);
-        sensordiag::requestMarkerCheck(); // the diagnostics below stand for a host call
+    // A new marker (none for nullptr) and an empty error log.
+    void setMarker(const char* p_szContent) {
+        std::remove(m_objRoot.hostPath(kLogPath).c_str());
+        std::remove(m_objRoot.hostPath("/tmp/Debug.sign").c_str());
+        if (p_szContent != nullptr) {
+            m_objRoot.writeFile("/tmp/Debug.sign", p_szContent);
+            sensordiag::requestMarkerCheck(); // the diagnostics below stand for a host call
+        }
     }
     std::string errorLog() const {
         return m_objRoot.exists(kLogPath) ? masked(m_objRoot.readFile(kLogPath)) : std::string();
@@ -64,20 +90,19 @@ TEST_F(DiagnosticsTest, MarkerFileSetsLevelAndAbortSwitch) {
         const char* marker; // nullptr: no marker file
         int level;
         bool abort;
-        const char* shown; // d dbg, i info, w warn, e err, p untagged (threshold 5)
+        // d dbg, i info, w warn, e err, p untagged (threshold 5), a failed check
+        const char* shown;
     };
     const Case aCases[] = {
-        {nullptr, 1, false, ""}, {"-1\n0\n", -1, false, ""},  {"4", 4, false, "w"},
-        {"5", 5, false, "w"},    {"6\n1\n", 6, true, "dwep"}, {"7\n", 7, false, "diwep"},
-        {"\n1\n", 1, true, ""},  {"abc\n", 0, false, ""},     {"  12xyz\n  3", 12, true, "diwep"},
+        {nullptr, 1, false, "a"},    {"-1\n0\n", -1, false, ""},
+        {"0\n", 0, false, "a"},      {"4", 4, false, "wa"},
+        {"5", 5, false, "wa"},       {"6\n1\n", 6, true, "dwep"},
+        {"7\n", 7, false, "diwepa"}, {"\n1\n", 1, true, ""},
+        {"abc\n", 0, false, "a"},    {"  12xyz\n  3", 12, true, "diwep"},
     };
     for (const Case& stCase : aCases) {
         SCOPED_TRACE(stCase.marker == nullptr ? "no marker" : stCase.marker);
-        std::remove(m_objRoot.hostPath("/tmp/Debug.sign").c_str());
-        std::remove(m_objRoot.hostPath(kLogPath).c_str());
-        if (stCase.marker != nullptr) {
-            setMarker(stCase.marker);
-        }
+        setMarker(stCase.marker);
         g_nDebugLevel = 9;
         g_bEnAssert = !stCase.abort;
         updateDebugLevel();
@@ -93,22 +118,20 @@ TEST_F(DiagnosticsTest, MarkerFileSetsLevelAndAbortSwitch) {
         strWant += shown('e') ? block("0", "err", "err 4\n") : "";
         strWant += shown('p') ? block("32", "", "not find (34) \n") : "";
         EXPECT_EQ(strWant, capture(traceAll));
-        // Only warnings are logged, and only when shown.
-        EXPECT_EQ(shown('w') ? "[sensor warn] file:SensorFile fun:traceAll line:#\n"
-                               "[sensor warn] warn 3\n"
-                             : "",
-                  errorLog());
+        // Only warnings and failed checks are logged, and only when shown.
+        std::string strLog = shown('w') ? "[sensor warn] file:SensorFile fun:traceAll line:#\n"
+                                          "[sensor warn] warn 3\n"
+                                        : "";
+        if (!stCase.abort) {
+            EXPECT_EQ(shown('a') ? kAssertOut : "", capture(failCheck));
+            strLog += shown('a') ? kAssertLog : "";
+        }
+        EXPECT_EQ(strLog, errorLog());
     }
 }
 
-TEST_F(DiagnosticsTest, FailedCheckIsPrintedAndLoggedExactlyBoundedAndUnlessSilenced) {
-    EXPECT_EQ("\033[0m\033[31m[sensor assert] file:SensorFile fun:failCheck line:#\n"
-              "1 + 1 == 3   ~~~Assertion failed.\n\033[0m\033[0m\033[31mnScheme(7)\n\033[0m",
-              capture(failCheck));
-    EXPECT_EQ("[sensor assert] file:SensorFile fun:failCheck line:#\n"
-              "[sensor assert] 1 + 1 == 3   ~~~Assertion failed.\n"
-              "[sensor assert] nScheme(7)\n",
-              errorLog());
+TEST_F(DiagnosticsTest, FailedChecksAreBoundedAndTracesTheLevelLetsThroughArePrintedWhole) {
+    setMarker("1\n");
     // An empty message still prints both colour sequences.
     EXPECT_NE(std::string::npos,
               capture([] {
@@ -122,14 +145,45 @@ TEST_F(DiagnosticsTest, FailedCheckIsPrintedAndLoggedExactlyBoundedAndUnlessSile
     EXPECT_NE(std::string::npos, errorLog().find(strLong + "\n")) << "logged whole";
 
     const std::string strHuge(20000, 'y');
-    const std::string strOut = capture([&] { SNS_ASSERT(strHuge.empty(), "%s", strHuge.c_str()); });
+    std::string strOut = capture([&] { SNS_ASSERT(strHuge.empty(), "%s", strHuge.c_str()); });
     EXPECT_LT(strOut.size(), strHuge.size());
     EXPECT_NE(std::string::npos, strOut.find(std::string(1000, 'y')));
 
-    std::remove(m_objRoot.hostPath(kLogPath).c_str());
-    setMarker("-1\n0\n");
-    EXPECT_EQ("", capture(failCheck));
-    EXPECT_EQ("", errorLog());
+    setMarker("7\n");
+    strOut = capture([&] {
+        SNS_INFO("%s\n", strHuge.c_str());
+        SNS_WARN("%s\n", strHuge.c_str());
+        SNS_PRINT(5, 0, "%s\n", strHuge.c_str());
+    });
+    EXPECT_EQ(3u, count(strOut, strHuge + "\n")) << "info, warning and plain trace, each whole";
+}
+
+// A check made in a helper of an operation reports the operation's name.
+TEST_F(DiagnosticsTest, ChecksInsideTheStyleHelpersNameTheirOperation) {
+    setMarker("1\n");
+    // A diversity entry whose condition holds but which has no edit.
+    capture([] {
+        ModuleConfig stModule{};
+        std::strcpy(stModule.szDetail, "(lensId=0)");
+        std::string strDiversity = "<Entry lensId=\"0\"/>";
+        char* szStyle = newConfigText(64);
+        std::strcpy(szStyle, "<Style><Tab key=\"a\"/></Style>");
+        mergeStyle(1, &stModule, &szStyle, strDiversity.data());
+        freeConfigText(szStyle);
+    });
+    EXPECT_NE(std::string::npos, errorLog().find("fun:mergeStyle line:")) << errorLog();
+
+    // The ISP refuses the range of a dynamic command.
+    IspSimulator& objIsp = IspSimulator::instance();
+    objIsp.reset();
+    objIsp.setDynamicCommands(0, {34});
+    objIsp.failCommand(0, 34, IA_CMD_OPT_GET_PARAM_RNAGE, -5);
+    capture([] {
+        std::string strOut;
+        getDnaStyle(1, "<Style><Control id=\"34\" value=\"1\"/></Style>", strOut, true, true);
+    });
+    objIsp.reset();
+    EXPECT_NE(std::string::npos, errorLog().find("fun:getDnaStyle line:")) << errorLog();
 }
 
 using DiagnosticsDeathTest = DiagnosticsTest;

@@ -20,6 +20,7 @@ namespace {
 
 constexpr uint32_t kGuard = 0xA5A5A5A5u;
 constexpr uint32_t kListCmd = IA_CMD_DYNAMIC_PARAMS_CMDS_GET;
+constexpr int kAll = isp::kChannelCount;
 
 ia_dynamic_params_attr_st listAttr(std::initializer_list<int32_t> p_lstItems) {
     ia_dynamic_params_attr_st stAttr{};
@@ -89,11 +90,8 @@ protected:
         return stRead.rec;
     }
     // The channel's dynamic list as the ISP call gives it (at most the record's 16).
-    static std::vector<uint32_t> dynamicList(int p_nChannel, int32_t* p_pCount = nullptr) {
+    static std::vector<uint32_t> dynamicList(int p_nChannel) {
         const auto stList = guarded<ia_dynamic_cmd_list_st>(p_nChannel, kListCmd, IA_CMD_OPT_GET);
-        if (p_pCount != nullptr) {
-            *p_pCount = stList.cmd_cnt;
-        }
         const int nCount = std::clamp(stList.cmd_cnt, 0, IA_DYNAMIC_CMD_MAX);
         return std::vector<uint32_t>(stList.cmd_list, stList.cmd_list + nCount);
     }
@@ -134,7 +132,6 @@ TEST_F(IspTest, ValuesAndRecordsAreStoredPerChannelAndCommandInTheirSize) {
     // Channel 3 keeps the built-in brightness; a command never written reads 0.
     EXPECT_EQ(values({{0, 34}, {1, 34}, {3, 34}, {2, 0x7777}, {2, 0x7778}, {2, 34}}),
               "70 20 50 -9 0 99");
-    EXPECT_EQ(sim().getValue(1, 34), 20);
     EXPECT_EQ(sim().getRecord(0, 145),
               (std::vector<uint8_t>{70, 0, 0, 0, 30, 0, 0, 0, 0, 0, 0, 0}));
     std::array<char, 50> arrVersion{};
@@ -145,8 +142,8 @@ TEST_F(IspTest, ValuesAndRecordsAreStoredPerChannelAndCommandInTheirSize) {
     EXPECT_TRUE(bHeat);
     // Value and record commands are kept apart.
     EXPECT_FALSE(sim().setRecord(0, 1606, {1, 0}) || sim().setRecord(0, 34, {1, 0, 0, 0}) ||
-                 sim().setValue(0, 145, 1) || sim().getValue(0, 145).has_value());
-    EXPECT_TRUE(sim().getRecord(0, 34).empty());
+                 sim().setValue(0, 145, 1) || sim().getValue(0, 145).has_value() ||
+                 !sim().getRecord(0, 34).empty());
     const std::pair<uint32_t, std::size_t> arrSizes[] = {
         {145, 12}, {146, 12}, {154, 12},  {149, 16},  {150, 16},
         {151, 16}, {152, 16}, {2816, 16}, {2496, 50}, {1606, 1}};
@@ -184,26 +181,24 @@ TEST_F(IspTest, SetsOutsideTheRangeAreRefusedAndStoreNothing) {
 
 TEST_F(IspTest, MalformedCallsInjectedFailuresAndExecStatus) {
     for (int nOption = IA_CMD_OPT_SET; nOption <= IA_CMD_OPT_GET_EXEC_STATUS; ++nOption) {
-        EXPECT_NE(call(0, 34, nOption, nullptr), 0);
-        EXPECT_NE(call(0, 145, nOption, nullptr), 0);
+        EXPECT_TRUE(call(0, 34, nOption, nullptr) && call(0, 145, nOption, nullptr)) << nOption;
     }
-    EXPECT_NE(call(0, kListCmd, IA_CMD_OPT_GET, nullptr), 0);
-    const std::pair<int, int> arrBad[] = {
-        {0, -1}, {0, 5}, {0, 100}, {-1, 1}, {isp::kChannelCount, 1}, {1000, 0}};
-    for (const auto& [nChannel, nOption] : arrBad) {
+    ia_dynamic_cmd_list_st stList{}; // the dynamic list can only be read
+    EXPECT_TRUE(call(0, kListCmd, IA_CMD_OPT_GET, nullptr) &&
+                call(0, kListCmd, IA_CMD_OPT_SET, &stList));
+    for (const auto& [nChannel, nOption] :
+         {std::pair{0, -1}, {0, 5}, {0, 100}, {-1, 1}, {kAll, 1}, {1000, 0}}) {
         int32_t nValue = 77;
         EXPECT_EQ(call(nChannel, 34, nOption, &nValue), IspSimulator::ERR_INVALID);
         EXPECT_EQ(nValue, 77);
     }
-    ia_dynamic_cmd_list_st stList{}; // the dynamic list can only be read
-    EXPECT_NE(call(0, kListCmd, IA_CMD_OPT_SET, &stList), 0);
-    EXPECT_FALSE(sim().setValue(isp::kChannelCount, 34, 1) || sim().getValue(-1, 34));
+    EXPECT_FALSE(sim().setValue(kAll, 34, 1) || sim().getValue(-1, 34));
     EXPECT_EQ(get(0, 34), 50);
 
     ASSERT_TRUE(sim().setExecStatus(0, 1536, 3) && sim().setExecStatus(-1, 1537, 2)); // -1: all
     EXPECT_FALSE(sim().setExecStatus(9, 1537, 2));
-    const std::array<int, 3> arrStatus[] = {{0, 1536, 3}, {1, 1536, 0}, {3, 1537, 2}};
-    for (const auto& [nChannel, nCmd, nExpected] : arrStatus) {
+    for (const auto& [nChannel, nCmd, nExpected] :
+         {std::array{0, 1536, 3}, {1, 1536, 0}, {3, 1537, 2}}) {
         int32_t nStatus = -1;
         ASSERT_EQ(call(nChannel, nCmd, IA_CMD_OPT_GET_EXEC_STATUS, &nStatus), 0);
         EXPECT_EQ(nStatus, nExpected) << nChannel << "/" << nCmd;
@@ -224,8 +219,7 @@ TEST_F(IspTest, MalformedCallsInjectedFailuresAndExecStatus) {
     // The first rule that matches decides.
     ASSERT_TRUE(sim().failCommand(1, 2400, -1, -8) &&
                 sim().failCommand(-1, 2400, IA_CMD_OPT_SET, -9));
-    EXPECT_EQ(set(1, 2400, 1), -8);
-    EXPECT_EQ(set(0, 2400, 1), -9);
+    EXPECT_EQ(std::make_pair(set(1, 2400, 1), set(0, 2400, 1)), std::make_pair(-8, -9));
     EXPECT_FALSE(sim().failCommand(0, 34, IA_CMD_OPT_GET, 0) || sim().failCommand(0, 34, 5, -1) ||
                  sim().failCommand(-2, 34, 1, -1));
     sim().clearFailures();
@@ -233,7 +227,9 @@ TEST_F(IspTest, MalformedCallsInjectedFailuresAndExecStatus) {
     EXPECT_EQ(set(2, 2369, 10), 0);
 }
 
-TEST_F(IspTest, LogKeepsCallsInOrderWithDataAfterTheCallUpToItsCapacity) {
+// The log keeps calls in order with the data after the call, up to its
+// capacity; reset restores the profile's starting state and logging.
+TEST_F(IspTest, LogKeepsCallsUpToItsCapacityAndResetRestoresTheProfile) {
     sim().clearLog();
     ASSERT_EQ(set(1, 34, 10), 0);
     EXPECT_EQ(correct(0, 49, 100), 8);
@@ -256,10 +252,7 @@ TEST_F(IspTest, LogKeepsCallsInOrderWithDataAfterTheCallUpToItsCapacity) {
     ASSERT_EQ(vecLog.size(), IspSimulator::kLogCapacity);
     EXPECT_EQ(std::make_pair(vecLog.front().value, vecLog.back().value),
               std::make_pair(5, nCalls - 1));
-}
 
-TEST_F(IspTest, ResetRestoresTheProfilesStartingState) {
-    ASSERT_EQ(set(0, 34, 1), 0);
     ASSERT_TRUE(sim().setRecord(0, 2496, std::vector<uint8_t>(50, 'x')) &&
                 sim().failCommand(-1, 2337, -1, -4) && sim().setLightLevel(0, 0) &&
                 sim().setDynamicCommands(0, {34}));
@@ -276,7 +269,7 @@ TEST_F(IspTest, ConcurrentCallsOnAllChannelsAreSerialised) {
     constexpr int kRounds = 2000;
     sim().clearLog();
     std::vector<std::thread> vecThreads;
-    for (int nChannel = 0; nChannel < isp::kChannelCount; ++nChannel) {
+    for (int nChannel = 0; nChannel < kAll; ++nChannel) {
         vecThreads.emplace_back([nChannel] {
             for (int32_t i = 0, nRead = 0; i < kRounds; ++i) {
                 (void)(set(nChannel, 34, i) + call(nChannel, 34, IA_CMD_OPT_GET, &nRead));
@@ -286,8 +279,8 @@ TEST_F(IspTest, ConcurrentCallsOnAllChannelsAreSerialised) {
     for (auto& objThread : vecThreads) {
         objThread.join();
     }
-    EXPECT_EQ(sim().log().size(), static_cast<std::size_t>(2 * kRounds * isp::kChannelCount));
-    for (int nChannel = 0; nChannel < isp::kChannelCount; ++nChannel) {
+    EXPECT_EQ(sim().log().size(), static_cast<std::size_t>(2 * kRounds * kAll));
+    for (int nChannel = 0; nChannel < kAll; ++nChannel) {
         EXPECT_EQ(sim().getValue(nChannel, 34), kRounds - 1);
     }
 }
@@ -305,12 +298,13 @@ TEST_F(IspTest, ListRangesAndCorrectionComeFromTheProfile) {
 
     ASSERT_TRUE(sim().setAttribute(0, 4000, listAttr({30, 10, 20})));
     ASSERT_TRUE(sim().setAttribute(0, 4001, listAttr({INT32_MIN, INT32_MAX})));
+    ASSERT_TRUE(sim().setAttribute(0, 4002, listAttr({}))); // offers nothing: the value stays
     const std::array<int32_t, 3> arrCases[] = {
         {49, 100, 8},          {49, -3, 1},          {49, 5, 5},     // max shutter list 1..8
         {4000, 15, 10},        {4000, 25, 20},       {4000, 26, 30}, // ties to the lower, any order
         {4001, -1, INT32_MIN}, {4001, 0, INT32_MAX},                 // distances beyond 32 bits
         {2369, 150, 100},      {2369, -5, 0},        {2369, 42, 42}, // WDR strength range 0..100
-        {34, 999, 999}}; // not dynamic: allowed as it is
+        {34, 999, 999},        {4002, 17, 17}}; // not dynamic: allowed as it is
     for (const auto& [nCmd, nIn, nOut] : arrCases) {
         EXPECT_EQ(correct(0, nCmd, nIn), nOut) << nCmd << " " << nIn;
     }
@@ -318,11 +312,8 @@ TEST_F(IspTest, ListRangesAndCorrectionComeFromTheProfile) {
 }
 
 TEST_F(IspTest, MalformedAttributesAndOverridesStayInsideTheRecords) {
-    // An empty list, or a count below zero, offers nothing: the value stays.
-    ASSERT_TRUE(sim().setAttribute(0, 4000, listAttr({})));
-    EXPECT_EQ(correct(0, 4000, 17), 17);
     ia_dynamic_params_attr_st stAttr = listAttr({1});
-    stAttr.items_cnt = -5;
+    stAttr.items_cnt = -5; // a count below zero offers nothing
     ASSERT_TRUE(sim().setAttribute(0, 4000, stAttr));
     EXPECT_EQ(correct(0, 4000, 17), 17);
     // A count beyond the record reads only the record's 64 items.
@@ -339,17 +330,14 @@ TEST_F(IspTest, MalformedAttributesAndOverridesStayInsideTheRecords) {
     std::vector<uint32_t> vecCmds(20);
     std::iota(vecCmds.begin(), vecCmds.end(), 100u);
     ASSERT_TRUE(sim().setDynamicCommands(-1, vecCmds));
-    int32_t nCount = 0;
-    EXPECT_EQ(dynamicList(2, &nCount),
-              std::vector<uint32_t>(vecCmds.begin(), vecCmds.begin() + 16));
-    EXPECT_EQ(nCount, 20);
+    EXPECT_EQ(guarded<ia_dynamic_cmd_list_st>(2, kListCmd, IA_CMD_OPT_GET).cmd_cnt, 20);
+    EXPECT_EQ(dynamicList(2), std::vector<uint32_t>(vecCmds.begin(), vecCmds.begin() + 16));
     ia_dynamic_params_attr_st stHuge = listAttr({4, 5});
     stHuge.items_cnt = 65;
     ASSERT_TRUE(sim().setAttribute(1, 34, stHuge));
     EXPECT_EQ(std::make_pair(range(1, 34).items_cnt, range(1, 34).item[1]), std::make_pair(65, 5));
     range(0, 34, IspSimulator::ERR_NOT_DYNAMIC); // only channel 1 got it
-    EXPECT_FALSE(sim().setDynamicCommands(isp::kChannelCount, {}) ||
-                 sim().setAttribute(-3, 34, stHuge));
+    EXPECT_FALSE(sim().setDynamicCommands(kAll, {}) || sim().setAttribute(-3, 34, stHuge));
 }
 
 TEST_F(IspTest, ProfilesFromTextFilesAndTheEnvironmentSetValuesPerChannel) {
@@ -435,27 +423,24 @@ TEST_F(IspTest, BrokenProfilesAreRefusedAndChangeNothing) {
     }
     EXPECT_EQ(get(0, 34), 77);
     EXPECT_EQ(sim().profileName(), "builtin");
-    EXPECT_TRUE(sim().loadProfileText(manyDynamics(16, false)));
-    EXPECT_TRUE(sim().loadProfileText(manyDynamics(64, true)));
+    EXPECT_TRUE(sim().loadProfileText(manyDynamics(16, false)) &&
+                sim().loadProfileText(manyDynamics(64, true)));
 }
 
 TEST_F(IspTest, DayNightStateFollowsTheLightWithHysteresis) {
-    // Built-in thresholds: night at 30 or below, day at 60 or above.
-    const std::pair<int32_t, int32_t> arrSteps[] = {{45, 0}, {31, 0}, {30, 1},   {45, 1},  {59, 1},
-                                                    {60, 0}, {45, 0}, {-100, 1}, {1000, 0}};
+    // Built-in thresholds: night at 30 or below, day at 60 or above. Forcing
+    // the state (-1: SET 1) holds until the light crosses a threshold.
+    const std::pair<int32_t, int32_t> arrSteps[] = {{45, 0},   {31, 0}, {30, 1}, {45, 1},
+                                                    {59, 1},   {60, 0}, {45, 0}, {-100, 1},
+                                                    {1000, 0}, {-1, 1}, {45, 1}, {70, 0}};
     for (const auto& [nLevel, nState] : arrSteps) {
-        ASSERT_TRUE(sim().setLightLevel(0, nLevel));
+        ASSERT_TRUE(nLevel == -1 ? set(0, 153, 1) == 0 : sim().setLightLevel(0, nLevel));
         EXPECT_EQ(get(0, 153), nState) << nLevel;
-    }
-    // Forcing the state holds until the light crosses a threshold.
-    ASSERT_EQ(set(0, 153, 1), 0);
-    for (const auto& [nLevel, nState] : {std::make_pair(45, 1), std::make_pair(70, 0)}) {
-        EXPECT_EQ(sim().setLightLevel(0, nLevel) ? get(0, 153) : -1, nState) << nLevel;
     }
     // Per channel, or every channel at once.
     ASSERT_TRUE(sim().setLightLevel(1, 10));
     EXPECT_EQ(values({{1, 153}, {2, 153}}), "1 0");
     ASSERT_TRUE(sim().setLightLevel(-1, 0));
     EXPECT_EQ(get(3, 153), 1);
-    EXPECT_FALSE(sim().setLightLevel(isp::kChannelCount, 0));
+    EXPECT_FALSE(sim().setLightLevel(kAll, 0));
 }

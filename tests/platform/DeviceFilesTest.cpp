@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -21,6 +22,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -105,7 +107,6 @@ TEST(DeviceRoot, ProgramRootWinsOverTheEnvironment) {
     EXPECT_EQ("/env/root/tmp/Debug.sign", DeviceRoot::resolve("/tmp/Debug.sign"));
     {
         TempDeviceRoot root;
-        EXPECT_EQ(root.path(), DeviceRoot::get());
         EXPECT_EQ(root.path() + "/hd1/x.xml", DeviceRoot::resolve("/hd1/x.xml"));
         {
             TempDeviceRoot inner;
@@ -115,33 +116,12 @@ TEST(DeviceRoot, ProgramRootWinsOverTheEnvironment) {
     }
     EXPECT_EQ("/env/root", DeviceRoot::get()) << "clearing the program root";
     EnvRoot none(nullptr);
-    EXPECT_EQ("/mnt/mtd/log/SensorError.log", DeviceRoot::resolve("/mnt/mtd/log/SensorError.log"));
+    EXPECT_EQ(kLog, DeviceRoot::resolve(kLog));
 }
 
-TEST(DeviceRoot, FilesAndLogsLandUnderTheRootOnly) {
-    TempDeviceRoot root;
-    const std::string name = "/mnt/mtd/code/config_file/probe-" + std::to_string(::getpid());
-    {
-        VXFile file;
-        ASSERT_TRUE(file.open((name + ".cfg").c_str(), VXFile::modeWrite | VXFile::modeTruncate));
-        EXPECT_EQ(5, file.write("hello", 5));
-        EXPECT_EQ(5, file.getLength());
-        EXPECT_EQ(-1, file.read(nullptr, 0)) << "not open for reading";
-        EXPECT_TRUE(file.close());
-    }
-    VXLogger logger;
-    ASSERT_TRUE(logger.init(name + ".log", 10240, 3));
-    logger.writeLog("[t]", "x");
-    EXPECT_EQ("hello", root.readFile(name + ".cfg"));
-    EXPECT_TRUE(root.exists(name + ".log"));
-    EXPECT_FALSE(fs::exists(name + ".cfg") || fs::exists(name + ".log"));
-
-    VXFile file; // reading back is what every parameter-file test does
-    ASSERT_TRUE(file.open((name + ".cfg").c_str()));
-    EXPECT_EQ(-1, file.write("x", 1)) << "not open for writing";
-}
-
-TEST(SySystem, RemovesExactlyWhatThePatternMatches) {
+TEST(SySystem, RemovesExactlyWhatThePatternMatchesAndNeverOutsideTheRoot) {
+    TempDeviceRoot outside; // a second directory standing for the host's files
+    outside.writeFile(kCfg, "keep");
     TempDeviceRoot root;
     std::vector<std::string> files;
     for (const char* name :
@@ -156,12 +136,16 @@ TEST(SySystem, RemovesExactlyWhatThePatternMatches) {
     EXPECT_EQ("000111111", present(root, files));
     EXPECT_EQ(0, sy_system("rm /mnt/mtd/code/config_file/sensor-thermal*", 30));
     EXPECT_EQ("000111100", present(root, files));
+    EXPECT_TRUE(outside.exists(kCfg));
     // No match fails only without force; a matching directory is not removed.
     EXPECT_EQ(0, sy_system("rm -f /mnt/mtd/code/config_file/sensor9_*.cfg", 30));
     EXPECT_EQ(1, sy_system("rm /mnt/mtd/code/config_file/sensor9_*.cfg", 30));
     root.writeFile("/mnt/mtd/code/config_file/sub.cfg/keep", "x");
     EXPECT_EQ(1, sy_system("rm -rf /mnt/mtd/code/config_file/*.cfg", 30)) << "a directory";
     EXPECT_TRUE(root.exists("/mnt/mtd/code/config_file/sub.cfg/keep"));
+    fs::create_symlink(outside.path() + "/mnt/mtd", root.hostPath("/mnt/escape"));
+    EXPECT_EQ(1, sy_system("rm -f /mnt/escape/code/config_file/*.cfg", 30)) << "through a link";
+    EXPECT_EQ("keep", outside.readFile(kCfg));
 }
 
 TEST(SySystem, RefusedCommandsRemoveNothing) {
@@ -178,38 +162,9 @@ TEST(SySystem, RefusedCommandsRemoveNothing) {
     EXPECT_EQ(-1, sy_system(nullptr, 30));
 }
 
-TEST(SySystem, NeverReachesOutsideTheRoot) {
-    TempDeviceRoot outside; // a second directory standing for the host's files
-    outside.writeFile("/victim.cfg", "keep");
-    TempDeviceRoot root;
-    outside.writeFile(kCfg, "keep");
-    root.writeFile(kCfg, "x");
-    fs::create_symlink(outside.path(), root.hostPath("/mnt/escape"));
-    EXPECT_EQ(0, sy_system("rm -f /mnt/mtd/code/config_file/sensor1_0.cfg", 30));
-    EXPECT_FALSE(root.exists(kCfg));
-    EXPECT_TRUE(outside.exists(kCfg));
-    EXPECT_EQ(1, sy_system("rm -f /mnt/escape/*.cfg", 30)) << "through a link to outside";
-    EXPECT_EQ("keep", outside.readFile("/victim.cfg"));
-}
-
-TEST(VXFile, FailedOpenLeavesAnInertObject) {
-    TempDeviceRoot root;
-    VXFile file;
-    EXPECT_FALSE(file.open("/mnt/mtd/missing.cfg"));
-    EXPECT_EQ(0, file.getLength());
-    char buf[4];
-    EXPECT_EQ(-1, file.read(buf, sizeof buf));
-    EXPECT_EQ(-1, file.write("abc", 3));
-    EXPECT_FALSE(file.close());
-    EXPECT_EQ(nullptr, file.getFileHandle());
-    root.writeFile(kCfg, "old");
-    EXPECT_FALSE(file.open(kCfg, VXFile::modeWrite)) << "only read and write-truncate";
-    EXPECT_FALSE(file.open("/mnt/mtd/code", VXFile::modeRead)) << "a directory";
-    EXPECT_EQ("old", root.readFile(kCfg));
-}
-
 // One reader for every file: what is not a regular file is refused without
 // blocking and without reading; a regular file is read up to its cap only.
+// The host file class opens the same way and a failed open leaves it inert.
 TEST(FileReader, RefusesAllButRegularFilesAndReadsNoMoreThanTheCap) {
     TempDeviceRoot root;
     root.writeFile("/f/ten", "0123456789");
@@ -240,8 +195,17 @@ TEST(FileReader, RefusesAllButRegularFilesAndReadsNoMoreThanTheCap) {
     EXPECT_EQ("larger than 9 bytes", describeRead(R::TooLarge, 9));
     EXPECT_EQ("not a regular file (FIFO, device or socket)", describeUnopenable("/f/fifo"));
     EXPECT_EQ("", describeUnopenable("/f/ten"));
-    VXFile file; // the host file class opens the same way
-    EXPECT_FALSE(file.open("/f/fifo") || file.open("/f/zero"));
+
+    VXFile file;
+    for (const char* path : {"/f/fifo", "/f/zero", "/f", "/f/missing"}) {
+        EXPECT_FALSE(file.open(path)) << path;
+    }
+    EXPECT_FALSE(file.open("/f/ten", VXFile::modeWrite)) << "only read and write-truncate";
+    char buf[4];
+    EXPECT_EQ(std::make_tuple(0, -1, -1, false, static_cast<FILE*>(nullptr)),
+              std::make_tuple(file.getLength(), file.read(buf, sizeof buf), file.write("abc", 3),
+                              file.close(), file.getFileHandle()));
+    EXPECT_EQ("0123456789", root.readFile("/f/ten"));
 }
 
 TEST(VXFile, ReplacementIsAllOrNothing) {
@@ -251,7 +215,9 @@ TEST(VXFile, ReplacementIsAllOrNothing) {
     {
         VXFile file;
         ASSERT_TRUE(file.open(kCfg, VXFile::modeWrite | VXFile::modeTruncate));
-        file.write("NEWER", 5);
+        EXPECT_EQ(5, file.write("NEWER", 5));
+        EXPECT_EQ(5, file.getLength());
+        EXPECT_EQ(-1, file.read(nullptr, 0)) << "not open for reading";
         EXPECT_EQ("OLD", root.readFile(kCfg)) << "target untouched until close";
     } // destruction commits
     EXPECT_EQ("NEWER", root.readFile(kCfg));
@@ -265,6 +231,7 @@ TEST(VXFile, ReplacementIsAllOrNothing) {
     EXPECT_EQ(1, filesIn(dir, true)) << "and leaves no temporary file behind";
     ASSERT_TRUE(abandoned.open(kCfg));
     EXPECT_EQ(5, abandoned.read(std::string(8, ' ').data(), 8)) << "open again for reading";
+    EXPECT_EQ(-1, abandoned.write("x", 1)) << "not open for writing";
     VXFile().discard(); // nothing open: nothing to do
 
     EXPECT_TRUE(WIFSIGNALED(writerDiesBeforeClose(true)));
@@ -317,7 +284,9 @@ TEST(VXFile, ReadsLinesWithEitherEnding) {
     EXPECT_TRUE(file.ReadLines().empty());
 }
 
-TEST(VXLogger, AppendsTaggedLinesUnderTheRoot) {
+// Tagged lines under the root; rotation keeps count older files holding the
+// newest lines, consecutive and in order.
+TEST(VXLogger, AppendsTaggedLinesAndRotatesKeepingCountOlderFiles) {
     TempDeviceRoot root;
     VXLogger logger;
     EXPECT_EQ(-1, logger.writeLog("[sensor warn]", "before init"));
@@ -326,18 +295,15 @@ TEST(VXLogger, AppendsTaggedLinesUnderTheRoot) {
     logger.writeLog("[sensor assert]", "b");
     logger.writeLog("[sensor assert]", "");
     EXPECT_EQ("[sensor warn] a\n[sensor assert] b\n[sensor assert] \n", root.readFile(kLog));
-}
 
-TEST(VXLogger, RotatesAndKeepsCountOlderFiles) {
-    TempDeviceRoot root;
-    VXLogger logger;
-    ASSERT_TRUE(logger.init(kLog, 100, 2));
+    std::remove(root.hostPath(kLog).c_str());
+    VXLogger rotating;
+    ASSERT_TRUE(rotating.init(kLog, 100, 2));
     for (int i = 0; i < 40; ++i) {
-        logger.writeLog("[t]", "line " + std::to_string(i) + " of the rotation test");
+        rotating.writeLog("[t]", "line " + std::to_string(i) + " of the rotation test");
     }
-    EXPECT_TRUE(root.exists("/mnt/mtd/log/SensorError.log.2"));
-    EXPECT_FALSE(root.exists("/mnt/mtd/log/SensorError.log.3"));
-    // The kept lines are the newest ones, consecutive and in order.
+    EXPECT_TRUE(root.exists(std::string(kLog) + ".2"));
+    EXPECT_FALSE(root.exists(std::string(kLog) + ".3"));
     const std::vector<std::string> kept = allLines(root, 2);
     ASSERT_GE(kept.size(), 8u);
     int expected = 40 - static_cast<int>(kept.size());
@@ -377,5 +343,5 @@ TEST(VXLogger, ConcurrentRotationLosesNoLine) {
     for (const std::string& line : lines) {
         ASSERT_TRUE(std::regex_match(line, whole)) << "torn line: " << line;
     }
-    EXPECT_TRUE(root.exists("/mnt/mtd/log/SensorError.log.1"));
+    EXPECT_TRUE(root.exists(std::string(kLog) + ".1"));
 }
