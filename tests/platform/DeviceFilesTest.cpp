@@ -10,20 +10,16 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <optional>
+#include <iterator>
 #include <regex>
 #include <set>
 #include <string>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <thread>
 #include <tuple>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -35,22 +31,6 @@ constexpr const char* kCfg = "/mnt/mtd/code/config_file/sensor1_0.cfg";
 constexpr const char* kLog = "/mnt/mtd/log/SensorError.log";
 constexpr const char* kEnv = "SENSOR_DEVICE_ROOT";
 
-// Sets or clears $SENSOR_DEVICE_ROOT for one scope and puts the old value back.
-class EnvRoot {
-public:
-    explicit EnvRoot(const char* value) {
-        if (const char* old = std::getenv(kEnv)) {
-            m_old = old;
-        }
-        put(value);
-    }
-    ~EnvRoot() { put(m_old ? m_old->c_str() : nullptr); }
-
-private:
-    static void put(const char* value) { value ? ::setenv(kEnv, value, 1) : ::unsetenv(kEnv); }
-    std::optional<std::string> m_old;
-};
-
 // One character per file: '1' still there, '0' removed.
 std::string present(const TempDeviceRoot& root, const std::vector<std::string>& files) {
     std::string out;
@@ -58,33 +38,6 @@ std::string present(const TempDeviceRoot& root, const std::vector<std::string>& 
         out += root.exists(file) ? '1' : '0';
     }
     return out;
-}
-
-// Files in the directory; hidden ones (temporaries) only when asked for.
-int filesIn(const std::string& dir, bool hidden = false) {
-    int n = 0;
-    for (const auto& entry : fs::directory_iterator(dir)) {
-        n += hidden || entry.path().filename().string().front() != '.';
-    }
-    return n;
-}
-
-// A child process opens kCfg for replacement, writes, then is killed or leaves
-// without running destructors, before close(); returns its wait status.
-int writerDiesBeforeClose(bool kill) {
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-        VXFile file;
-        const bool opened = file.open(kCfg, VXFile::modeWrite | VXFile::modeTruncate);
-        file.write("NEW-CONTENT-THAT-NEVER-LANDS", 28);
-        if (kill) {
-            ::raise(SIGKILL);
-        }
-        ::_exit(opened ? 0 : 3);
-    }
-    int status = -1;
-    ::waitpid(pid, &status, 0);
-    return status;
 }
 
 // Every line of the log and its older generations, oldest file first.
@@ -102,7 +55,8 @@ std::vector<std::string> allLines(const TempDeviceRoot& root, int count) {
 } // namespace
 
 TEST(DeviceRoot, ProgramRootWinsOverTheEnvironment) {
-    EnvRoot env("/env/root/");
+    const std::string strOld = std::getenv(kEnv) ? std::getenv(kEnv) : "";
+    ::setenv(kEnv, "/env/root/", 1);
     EXPECT_EQ("/env/root", DeviceRoot::get());
     EXPECT_EQ("/env/root/tmp/Debug.sign", DeviceRoot::resolve("/tmp/Debug.sign"));
     {
@@ -115,8 +69,9 @@ TEST(DeviceRoot, ProgramRootWinsOverTheEnvironment) {
         EXPECT_EQ(root.path(), DeviceRoot::get()) << "the outer root comes back";
     }
     EXPECT_EQ("/env/root", DeviceRoot::get()) << "clearing the program root";
-    EnvRoot none(nullptr);
+    ::unsetenv(kEnv);
     EXPECT_EQ(kLog, DeviceRoot::resolve(kLog));
+    strOld.empty() ? ::unsetenv(kEnv) : ::setenv(kEnv, strOld.c_str(), 1);
 }
 
 TEST(SySystem, RemovesExactlyWhatThePatternMatchesAndNeverOutsideTheRoot) {
@@ -169,7 +124,6 @@ TEST(FileReader, RefusesAllButRegularFilesAndReadsNoMoreThanTheCap) {
     TempDeviceRoot root;
     root.writeFile("/f/ten", "0123456789");
     ASSERT_EQ(0, ::mkfifo(root.hostPath("/f/fifo").c_str(), 0644)); // no writer: open would block
-    fs::create_symlink("/dev/zero", root.hostPath("/f/zero"));
     using R = ReadStatus;
     const struct {
         const char* path;
@@ -182,7 +136,6 @@ TEST(FileReader, RefusesAllButRegularFilesAndReadsNoMoreThanTheCap) {
         {"/f/ten", 9, Oversize::Refuse, R::TooLarge, ""},
         {"/f/ten", 4, Oversize::TakePrefix, R::Ok, "0123"},
         {"/f/fifo", 64, Oversize::TakePrefix, R::Special, ""},
-        {"/f/zero", 64, Oversize::TakePrefix, R::Special, ""},
         {"/f", 64, Oversize::Refuse, R::Directory, ""},
         {"/f/missing", 64, Oversize::Refuse, R::Missing, ""},
         {"/f/ten/below", 64, Oversize::Refuse, R::Missing, ""},
@@ -192,12 +145,9 @@ TEST(FileReader, RefusesAllButRegularFilesAndReadsNoMoreThanTheCap) {
         EXPECT_EQ(c.status, readDeviceFile(c.path, c.cap, text, c.how)) << c.path << " " << c.cap;
         EXPECT_EQ(c.text, text) << c.path << " " << c.cap;
     }
-    EXPECT_EQ("larger than 9 bytes", describeRead(R::TooLarge, 9));
-    EXPECT_EQ("not a regular file (FIFO, device or socket)", describeUnopenable("/f/fifo"));
-    EXPECT_EQ("", describeUnopenable("/f/ten"));
 
     VXFile file;
-    for (const char* path : {"/f/fifo", "/f/zero", "/f", "/f/missing"}) {
+    for (const char* path : {"/f/fifo", "/f", "/f/missing"}) {
         EXPECT_FALSE(file.open(path)) << path;
     }
     EXPECT_FALSE(file.open("/f/ten", VXFile::modeWrite)) << "only read and write-truncate";
@@ -228,65 +178,15 @@ TEST(VXFile, ReplacementIsAllOrNothing) {
     abandoned.discard();
     EXPECT_FALSE(abandoned.close()) << "nothing is left to commit";
     EXPECT_EQ("NEWER", root.readFile(kCfg)) << "a discarded write keeps the old content";
-    EXPECT_EQ(1, filesIn(dir, true)) << "and leaves no temporary file behind";
+    EXPECT_EQ(1, std::distance(fs::directory_iterator(dir), fs::directory_iterator()))
+        << "and leaves no temporary file behind";
     ASSERT_TRUE(abandoned.open(kCfg));
     EXPECT_EQ(5, abandoned.read(std::string(8, ' ').data(), 8)) << "open again for reading";
     EXPECT_EQ(-1, abandoned.write("x", 1)) << "not open for writing";
     VXFile().discard(); // nothing open: nothing to do
-
-    EXPECT_TRUE(WIFSIGNALED(writerDiesBeforeClose(true)));
-    EXPECT_EQ("NEWER", root.readFile(kCfg)) << "writer killed between open and close";
-    EXPECT_EQ(0, writerDiesBeforeClose(false));
-    EXPECT_EQ("NEWER", root.readFile(kCfg)) << "writer gone without close";
-    EXPECT_EQ(1, filesIn(dir)) << "leftover temporaries stay out of parameter-file patterns";
 }
 
-TEST(VXFile, AWriteCutShortOrRefusedNeverReplacesTheFile) {
-    TempDeviceRoot root;
-    const std::string dir = root.hostPath("/mnt/mtd/code/config_file");
-    root.writeFile(kCfg, "OLD");
-    for (const INT64 budget : {0, 3}) { // flash full at once, or in the middle
-        VXFile::setWriteBudget(budget);
-        VXFile file;
-        ASSERT_TRUE(file.open(kCfg, VXFile::modeWrite | VXFile::modeTruncate));
-        EXPECT_EQ(budget, file.write("NEWER", 5));
-        EXPECT_FALSE(file.close()) << "the commit is refused, even if the caller closes";
-        EXPECT_EQ("OLD", root.readFile(kCfg));
-        EXPECT_EQ(1, filesIn(dir, true)) << "no temporary left";
-    }
-    VXFile::setWriteBudget(-1);
-    VXFile::setReadOnly(true);
-    EXPECT_FALSE(VXFile().open(kCfg, VXFile::modeWrite | VXFile::modeTruncate));
-    VXFile::setReadOnly(false);
-
-    // A killed writer's temporary goes; one of a writer at work stays.
-    EXPECT_TRUE(WIFSIGNALED(writerDiesBeforeClose(true)));
-    VXFile live;
-    ASSERT_TRUE(live.open(kCfg, VXFile::modeWrite | VXFile::modeTruncate));
-    EXPECT_EQ(3, filesIn(dir, true));
-    EXPECT_EQ(1, VXFile::removeLeftovers(kCfg));
-    EXPECT_EQ(2, filesIn(dir, true));
-    EXPECT_TRUE(live.close());
-    EXPECT_EQ("", root.readFile(kCfg));
-}
-
-TEST(VXFile, ReadsLinesWithEitherEnding) {
-    TempDeviceRoot root;
-    root.writeFile("/tmp/Debug.sign", "6\r\n1\n\nlast");
-    VXFile file;
-    ASSERT_TRUE(file.open("/tmp/Debug.sign"));
-    EXPECT_EQ("6", file.ReadOneLine(file.getFileHandle()));
-    EXPECT_EQ("1", file.ReadOneLine(file.getFileHandle()));
-    EXPECT_EQ((std::vector<std::string>{"", "last"}), file.ReadLines());
-    EXPECT_EQ("", file.ReadOneLine(file.getFileHandle())) << "end of file";
-    EXPECT_EQ("", file.ReadOneLine(nullptr));
-    EXPECT_TRUE(file.close());
-    EXPECT_TRUE(file.ReadLines().empty());
-}
-
-// Tagged lines under the root; rotation keeps count older files holding the
-// newest lines, consecutive and in order.
-TEST(VXLogger, AppendsTaggedLinesAndRotatesKeepingCountOlderFiles) {
+TEST(VXLogger, AppendsTaggedLinesUnderTheRoot) {
     TempDeviceRoot root;
     VXLogger logger;
     EXPECT_EQ(-1, logger.writeLog("[sensor warn]", "before init"));
@@ -295,26 +195,6 @@ TEST(VXLogger, AppendsTaggedLinesAndRotatesKeepingCountOlderFiles) {
     logger.writeLog("[sensor assert]", "b");
     logger.writeLog("[sensor assert]", "");
     EXPECT_EQ("[sensor warn] a\n[sensor assert] b\n[sensor assert] \n", root.readFile(kLog));
-
-    std::remove(root.hostPath(kLog).c_str());
-    VXLogger rotating;
-    ASSERT_TRUE(rotating.init(kLog, 100, 2));
-    for (int i = 0; i < 40; ++i) {
-        rotating.writeLog("[t]", "line " + std::to_string(i) + " of the rotation test");
-    }
-    EXPECT_TRUE(root.exists(std::string(kLog) + ".2"));
-    EXPECT_FALSE(root.exists(std::string(kLog) + ".3"));
-    const std::vector<std::string> kept = allLines(root, 2);
-    ASSERT_GE(kept.size(), 8u);
-    int expected = 40 - static_cast<int>(kept.size());
-    for (const std::string& line : kept) {
-        EXPECT_EQ("[t] line " + std::to_string(expected++) + " of the rotation test", line);
-    }
-    // Rotation follows the write that passed the limit: the current file never
-    // stays above it (and is absent right after a rotation).
-    std::error_code absent;
-    const auto size = fs::file_size(root.hostPath(kLog), absent);
-    EXPECT_TRUE(absent || size <= 100u);
 }
 
 // Two lines per file, so nearly every append rotates, and room for every line

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace {
 
 constexpr const char* kIni = "/mnt/mtd/code/factory_setting/machineinfo.ini";
@@ -58,12 +60,10 @@ TEST(ModuleConfigureParser, ReturnsMatchingModulesInDocumentOrderAndBrokenFilesG
     std::vector<ModuleConfigure> modules;
     ASSERT_TRUE(ModuleConfigureParser::parse(kXml, "Hi3516AV200", "IPC-2M-A", modules));
     ASSERT_EQ(2u, modules.size());
-    EXPECT_EQ(1, modules[0].getModuleId());
-    EXPECT_EQ("(max_scheme=4)(lensId=0)(isInfrared=1)", modules[0].getDetail());
-    EXPECT_EQ("", modules[0].getParameters());
-    EXPECT_EQ(7, modules[1].getModuleId());
-    EXPECT_EQ("", modules[1].getDetail());
-    EXPECT_EQ("p=1", modules[1].getParameters());
+    EXPECT_EQ(std::make_tuple(1, "(max_scheme=4)(lensId=0)(isInfrared=1)", "", 7, "", "p=1"),
+              std::make_tuple(modules[0].getModuleId(), modules[0].getDetail(),
+                              modules[0].getParameters(), modules[1].getModuleId(),
+                              modules[1].getDetail(), modules[1].getParameters()));
     EXPECT_FALSE(ModuleConfigureParser::parse(kXml, "Hi3516AV200", "NONE", modules));
     EXPECT_TRUE(modules.empty()) << "no match leaves nothing to take";
     EXPECT_FALSE(ModuleConfigureParser::parse("/hd1/none.xml", "M", "C", modules));
@@ -93,16 +93,16 @@ TEST(DeviceType, AcceptsOnlyTheSixteenNumbers) {
 }
 
 TEST(StringHandler, SplitsAtEverySeparatorAndConvertsText) {
-    std::vector<std::string> pieces{"stale"};
-    StringHandler::split("34,2337,49", pieces, ",");
-    EXPECT_EQ((std::vector<std::string>{"34", "2337", "49"}), pieces);
-    StringHandler::split("a,,b,", pieces, ",");
-    EXPECT_EQ((std::vector<std::string>{"a", "", "b", ""}), pieces);
-    StringHandler::split("", pieces, ",");
-    EXPECT_TRUE(pieces.empty());
+    const std::pair<const char*, std::vector<std::string>> splits[] = {
+        {"34,2337,49", {"34", "2337", "49"}}, {"a,,b,", {"a", "", "b", ""}}, {"", {}}};
+    for (const auto& [text, expected] : splits) {
+        std::vector<std::string> pieces{"stale"};
+        StringHandler::split(text, pieces, ",");
+        EXPECT_EQ(expected, pieces) << text;
+    }
+    std::vector<std::string> pieces;
     StringHandler::split("abc", pieces, "");
     EXPECT_EQ((std::vector<std::string>{"abc"}), pieces);
-
     EXPECT_EQ(-12, StringHandler::str2type<int>(" -12"));
     EXPECT_EQ(12, StringHandler::str2type<int>("12ab"));
     EXPECT_EQ(0, StringHandler::str2type<int>("ab"));
