@@ -12,7 +12,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <stdexcept>
 #include <thread>
 #include <tuple>
 #include <vector>
@@ -32,7 +31,6 @@ struct PassCounter {
     int longPause() { return tick(TavrinTime(1, 0)); } // as the sensor thread's pass does
     int started() { return ++m_nStarts; }
     int ended() { return ++m_nEnds; }
-    int fail() { throw std::runtime_error("pass failed"); }
     int tick(TavrinTime pause) {
         ++m_nPasses;
         pause.wait();
@@ -85,7 +83,7 @@ TEST_F(GThreadTest, RunsBodyRepeatedlyUntilStoppedAndRestarts) {
     ASSERT_TRUE(thread.start()); // left running: destruction must stop it
 }
 
-TEST_F(GThreadTest, StopWakesAPausingBodyAndAThrowingBodyEndsItsThreadOnly) {
+TEST_F(GThreadTest, StopWakesAPausingBody) {
     PassCounter counter;
     GThread thread(function<int>(&counter, &PassCounter::longPause), "SensorThread", none(),
                    none());
@@ -96,13 +94,6 @@ TEST_F(GThreadTest, StopWakesAPausingBodyAndAThrowingBodyEndsItsThreadOnly) {
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(900));
     EXPECT_FALSE(thread.isRunning());
     EXPECT_EQ(1, counter.m_nPasses.load()) << "joined: the pause ended the loop";
-
-    GThread failing(function<int>(&counter, &PassCounter::fail), "Failing", none(), none());
-    ASSERT_TRUE(failing.start());
-    while (failing.isRunning()) {
-        std::this_thread::yield();
-    }
-    EXPECT_TRUE(failing.stop());
 }
 
 TEST_F(VirtualClockTest, PausesCostNothingAndAdvanceTheTimeOfDay) {
