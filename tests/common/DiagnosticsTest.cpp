@@ -191,9 +191,8 @@ using DiagnosticsDeathTest = DiagnosticsTest;
 TEST_F(DiagnosticsDeathTest, FailedCheckAbortsWhenSwitchIsOn) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     setMarker("6\n1\n");
+    // With the switch off a failed check returns: the marker table runs such cases.
     EXPECT_DEATH(failCheck(), "Assertion `bRet' failed");
-    setMarker("6\n0\n");
-    capture(failCheck); // survives with the switch off
 }
 
 } // namespace
