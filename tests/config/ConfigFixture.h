@@ -10,10 +10,18 @@
 
 #include "common/SensorTypes.h"
 #include "common/ia_ioctrl.h"
+#include "config/SensorKeyVal.h"
 #include "isp/IspSimulator.h"
 #include "support/TestSupport.h"
 
 namespace configtest {
+
+// A set as "(key,value)" groups, values signed.
+inline std::string text(const KeyVal* p_pSet, u32 p_nCount) {
+    std::string strOut;
+    keyval_st2str(strOut, p_pSet, p_nCount);
+    return strOut;
+}
 
 class ConfigTest : public ::testing::Test {
 protected:

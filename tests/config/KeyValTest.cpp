@@ -16,15 +16,8 @@ std::string parse(const std::string& p_strText, u32 p_nCapacity = 8) {
     u32 nCount = 99;
     const int nResult = keyval_str2st(p_strText, vecSet.data(), &nCount, p_nCapacity);
     EXPECT_EQ(vecSet[p_nCapacity].key, 0xEEu);
-    std::string strOut;
-    keyval_st2str(strOut, vecSet.data(), std::min(nCount, p_nCapacity));
-    return strOut + (nResult == SNS_SUCCESS ? "" : " refused");
-}
-
-std::string text(const KeyVal* p_pSet, u32 p_nCount) {
-    std::string strOut;
-    keyval_st2str(strOut, p_pSet, p_nCount);
-    return strOut;
+    return text(vecSet.data(), std::min(nCount, p_nCapacity)) +
+           (nResult == SNS_SUCCESS ? "" : " refused");
 }
 
 std::string bytes(std::initializer_list<unsigned> p_lstBytes) {
@@ -94,9 +87,6 @@ TEST_F(KeyValTest, FilesAreLittleEndianPairsAndLongShortOrMissingOnesLoadSafely)
     EXPECT_EQ(keyValToFile(PARAM_FILE, arrSet, 2), SNS_SUCCESS);
     EXPECT_EQ(m_objRoot.readFile(PARAM_FILE),
               bytes({0x40, 0x1F, 0, 0, 1, 0, 0, 0, 4, 3, 2, 1, 0xD0, 0xC0, 0xB0, 0xA0}));
-    KeyVal arrBack[2] = {};
-    EXPECT_EQ(keyValFromFile(PARAM_FILE, arrBack, 2), SNS_SUCCESS);
-    EXPECT_EQ(text(arrBack, 2), text(arrSet, 2));
     KeyVal stFirst{};
     EXPECT_EQ(keyValFromFile(PARAM_FILE, &stFirst, 1), SNS_SUCCESS);
     EXPECT_EQ(stFirst.key, 8000u);
@@ -118,6 +108,7 @@ TEST_F(KeyValTest, FilesAreLittleEndianPairsAndLongShortOrMissingOnesLoadSafely)
     EXPECT_TRUE(logged("file_len == (nSize=file.write(data, file_len))"));
 }
 
+// The stamp's bytes and a good stamp read back: FlashBytesTest.
 TEST_F(KeyValTest, WholeFileLoadNeedsTheExactLengthAndTheStampIsFourBytes) {
     m_objRoot.writeFile("/tmp/blob", std::string(100, 'a'));
     std::string strBuf(102, '\0');
@@ -131,13 +122,9 @@ TEST_F(KeyValTest, WholeFileLoadNeedsTheExactLengthAndTheStampIsFourBytes) {
 
     u32 nVersion = 77;
     EXPECT_EQ(getVersion(&nVersion), -1);
-    EXPECT_EQ(setVersion(8), 0);
-    EXPECT_EQ(m_objRoot.readFile(SENSOR_VERSION_FILE), bytes({8, 0, 0, 0}));
-    EXPECT_EQ(getVersion(&nVersion), 0);
-    EXPECT_EQ(nVersion, 8u);
-    m_objRoot.writeFile(SENSOR_VERSION_FILE, bytes({0x44, 0x33, 0x22}));
+    m_objRoot.writeFile(SENSOR_VERSION_FILE, bytes({0x44, 0x33, 0x22})); // a cut stamp
     EXPECT_EQ(getVersion(&nVersion), -1);
-    EXPECT_EQ(nVersion, 8u);
+    EXPECT_EQ(nVersion, 77u);
 }
 
 } // namespace

@@ -48,12 +48,7 @@ protected:
         u32 nCount = 99;
         getFctData(1, p_strStyle.c_str(), vecSet.data(), &nCount, p_nCapacity, p_bWdr, true);
         EXPECT_EQ(vecSet[p_nCapacity].key, 0xEEu);
-        std::string strOut;
-        for (u32 i = 0; i < nCount; ++i) {
-            strOut +=
-                "(" + std::to_string(vecSet[i].key) + "," + std::to_string(vecSet[i].value) + ")";
-        }
-        return strOut;
+        return text(vecSet.data(), std::min<u32>(nCount, p_nCapacity + 1));
     }
 };
 
@@ -248,8 +243,8 @@ TEST_F(StyleTest, FactorySetFollowsThePrunedDocument) {
         "<S><T key='a' id='300' value='1'><C id='34' value='50'/><C id='2337'/></T>"
         "<T><G id='5'><C id='2368' value='2'/></G><C value='3'/><C id='34' value='-1'/>"
         "<C id='10' value='0'/></T></S>";
-    EXPECT_EQ(factory(strStyle), "(300,1)(34,50)(2337,40)(2368,2)(34,4294967295)");
-    EXPECT_EQ(factory(strStyle, 8, false), "(300,1)(34,50)(2337,40)(34,4294967295)");
+    EXPECT_EQ(factory(strStyle), "(300,1)(34,50)(2337,40)(2368,2)(34,-1)");
+    EXPECT_EQ(factory(strStyle, 8, false), "(300,1)(34,50)(2337,40)(34,-1)");
     EXPECT_EQ(takeLog(), "");
     EXPECT_EQ(factory(strStyle, 3), "(300,1)(34,50)(2337,40)");
     EXPECT_TRUE(logged("SNS_SUCCESS == style2KeyVal(pRootNode, p_pKeyVal, p_pnKeyValNum)"));

@@ -35,16 +35,14 @@ inline std::vector<Record> parseRecords(const std::string& p_strText) {
     std::vector<Record> vecRecords;
     std::istringstream objIn(p_strText);
     for (std::string strToken; objIn >> strToken;) {
-        Record stRecord{0, {0, 0}};
-        KeyVal& stKeyVal = stRecord.keyVal;
-        if (std::sscanf(strToken.c_str(), "%u:%u=%u", &stRecord.scheme, &stKeyVal.key,
-                        &stKeyVal.value) != 3) {
-            stRecord.scheme = 0;
-            if (std::sscanf(strToken.c_str(), "%u=%u", &stKeyVal.key, &stKeyVal.value) != 2) {
-                ADD_FAILURE() << "not a record: " << strToken;
-            }
-        }
-        vecRecords.push_back(stRecord);
+        const std::size_t nColon = strToken.find(':'), nEq = strToken.find('=');
+        EXPECT_NE(nEq, std::string::npos) << "not a record: " << strToken;
+        const auto number = [&](std::size_t p_nAt) {
+            return static_cast<u32>(std::stoul(strToken.substr(p_nAt)));
+        };
+        // Without a scheme the key starts the token (npos + 1 is 0).
+        vecRecords.push_back(
+            {nColon == std::string::npos ? 0 : number(0), {number(nColon + 1), number(nEq + 1)}});
     }
     return vecRecords;
 }

@@ -16,9 +16,6 @@ class MarkerCheckTest : public ControllerTest {
 protected:
     MarkerCheckTest() { installClock(std::make_shared<VirtualClock>()); }
     ~MarkerCheckTest() override { installClock(nullptr); }
-    void writeMarker(int p_nLevel) {
-        m_objRoot.writeFile("/tmp/Debug.sign", std::to_string(p_nLevel) + "\n0\n");
-    }
     // What one host call (a write of brightness) prints.
     std::string printedBySet(u32 p_nValue) {
         CaptureStdout();
@@ -28,51 +25,32 @@ protected:
 };
 
 TEST_F(MarkerCheckTest, ChangeIsObeyedFromTheNextHostCallOrPass) {
-    struct Case {
-        const char* what;
-        std::function<void(ISensorController&)> begin; // a host call or a pass
-    };
-    const Case aCases[] = {
-        {"setParameters",
-         [](ISensorController& c) {
-             KeyVal stRecord{34, 44};
-             c.setParameters(&stRecord, 1, false);
-         }},
-        {"getParameter",
-         [](ISensorController& c) {
-             int nValue = 0;
-             c.getParameter(34, nValue);
-         }},
-        {"getParamMode",
-         [](ISensorController& c) {
-             int nMode = 0;
-             c.getParamMode(nMode);
-         }},
-        {"sensor-thread pass", [](ISensorController& c) { c.sensorThread(); }},
-    };
-    for (const Case& stCase : aCases) {
-        SCOPED_TRACE(stCase.what);
+    static KeyVal s_stRecord{34, 44};
+    static int s_nOut = 0;
+    const std::pair<const char*, void (*)(ISensorController&)> aCases[] = {
+        {"setParameters", [](ISensorController& c) { c.setParameters(&s_stRecord, 1, false); }},
+        {"getParameter", [](ISensorController& c) { c.getParameter(34, s_nOut); }},
+        {"getParamMode", [](ISensorController& c) { c.getParamMode(s_nOut); }},
+        {"sensor-thread pass", [](ISensorController& c) { c.sensorThread(); }}};
+    for (const auto& [szWhat, fnBegin] : aCases) {
+        SCOPED_TRACE(szWhat);
         reset();
         installAlike(makeSet("34=50"));
         for (const int nLevel : {6, 1}) {
             sensordiag::debugLevel(); // a check already due is made before the change
-            writeMarker(nLevel);
+            setDebugLevel(nLevel);
             EXPECT_NE(sensordiag::debugLevel(), nLevel) << "read before any call began";
-            stCase.begin(ctl());
+            fnBegin(ctl());
             EXPECT_EQ(sensordiag::debugLevel(), nLevel);
         }
     }
 }
 
-TEST_F(MarkerCheckTest, TracesOfTheCallAfterTheChangeFollowIt) {
+// A change of level between two calls is followed by the traces: TracesTest.
+TEST_F(MarkerCheckTest, ARemovedMarkerCountsAsLevelOneLikeOneNeverWritten) {
     installAlike(makeSet("34=50"));
-    writeMarker(6);
-    EXPECT_TRUE(contains(printedBySet(41), "set KEY_BRIGHTNESS (34,41)"));
-    writeMarker(1);
-    EXPECT_FALSE(contains(printedBySet(42), "KEY_BRIGHTNESS"));
-    // A marker removed counts as level 1, like one never written.
-    writeMarker(6);
-    EXPECT_TRUE(contains(printedBySet(43), "KEY_BRIGHTNESS"));
+    setDebugLevel(6);
+    EXPECT_TRUE(contains(printedBySet(43), "set KEY_BRIGHTNESS (34,43)"));
     std::remove(m_objRoot.hostPath("/tmp/Debug.sign").c_str());
     EXPECT_FALSE(contains(printedBySet(44), "KEY_BRIGHTNESS"));
 }
