@@ -130,9 +130,7 @@ TEST_F(SchemeTest, HostSwitchesAndTheFactorySet) {
     EXPECT_FALSE(m_objRoot.exists(schemeFile(1, 2))) << "the factory set is never written";
     EXPECT_FALSE(c.setParamScheme(3)) << "beyond the factory set";
     EXPECT_FALSE(c.setParamScheme(-1));
-    int nScheme = -1;
-    EXPECT_TRUE(c.getParamScheme(nScheme));
-    EXPECT_EQ(2, nScheme);
+    EXPECT_EQ(2, read(&ISensorController::getParamScheme));
     EXPECT_EQ(-1, c.getParamSchemeTime(KEY_SCHEME_MODE));
 }
 
