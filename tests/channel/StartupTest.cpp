@@ -145,25 +145,6 @@ TEST_F(StartupTest, ThermalChannelUsesThermalFilesAndRemovesOnlyThem) {
     EXPECT_EQ(13u * 8, m_objRoot.readFile(kConfigDir + "sensor-thermal0.cfg").size());
 }
 
-TEST_F(StartupTest, UinitReleasesOnceAndInitCanFollowWith165Rows) {
-    useMiniDevice(1, "(max_scheme=2)");
-    ISensorController& c = bringUp(1);
-    EXPECT_EQ(165u, Access::keyCmdSum(c));
-    c.uinit();
-    EXPECT_EQ(1, c.getSensorStatus()) << "the ready bit stays set after uinit";
-    EXPECT_EQ(-1, Access::curScheme(c));
-    c.uinit(); // a second release frees nothing twice
-
-    ModuleConfigure objModule;
-    objModule.setModuleId(7);
-    objModule.setDetail("(max_scheme=2)");
-    c.init(objModule);
-    EXPECT_EQ(165u, Access::keyCmdSum(c));
-    EXPECT_EQ(13u, Access::keyValSum(c));
-    EXPECT_EQ(0, Access::curScheme(c));
-    EXPECT_EQ(50, param(KEY_BRIGHTNESS));
-}
-
 TEST_F(StartupTest, UiFilesFallBackToTheFirstEntry) {
     ISensorController objCtl;
     EXPECT_EQ("", objCtl.getUICommonFile(1)) << "an empty list";
