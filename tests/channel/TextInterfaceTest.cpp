@@ -67,18 +67,6 @@ TEST_F(TextInterfaceTest, MalformedOrOverLongIdListsAreRefusedWholeAndOnlyNumber
     EXPECT_TRUE(setsOf(KEY_BRIGHTNESS).empty()) << "nothing of a refused text is applied";
 }
 
-// The ISP refuses a value outside its range, as a sensor's library does: the
-// write fails naming the key, and neither the set nor flash takes the value.
-TEST_F(TextInterfaceTest, AValueTheIspRefusesReachesNeitherTheSetNorFlash) {
-    ASSERT_TRUE(m_objIsp.loadProfileText(
-        R"(<SensorProfile name="b"><Command id="34" value="50" min="0" max="100"/></SensorProfile>)"));
-    ISensorController& c = upMini();
-    EXPECT_EQ(-static_cast<int>(KEY_BRIGHTNESS), c.setParameters(std::string("(34,101)"), true));
-    EXPECT_EQ(50, param(KEY_BRIGHTNESS));
-    ASSERT_EQ(SNS_SUCCESS, c.flush());
-    EXPECT_EQ(50u, valueOf(readSet(schemeFile(1, 0)), KEY_BRIGHTNESS));
-}
-
 TEST_F(TextInterfaceTest, RangesOnlyForRangeCapableDynamicCommands) {
     ISensorController& c = upMini();
     m_objIsp.setDynamicCommands(0, {KEY_MAX_SHUTTER, KEY_BRIGHTNESS});
