@@ -1,7 +1,6 @@
 // Parameters are never lost or mixed: the set's keys across init cycles,
 // scheme files of other shapes, resets, restores and resets to last, records a
-// refusal kept from the ISP, the first scheme applied at start-up, and flushes
-// of valid windows only.
+// refusal kept from the ISP, and flushes of valid windows only.
 #include <filesystem>
 #include <functional>
 
@@ -22,21 +21,16 @@ u32 v60(u32 p_nKey) {
 
 class ParameterSafetyTest : public ChannelTest {
 protected:
-    // Scheme s of camera 1 with these values of its keys.
-    void writeValues(int p_nScheme, const std::vector<KeyVal>& p_vecValues) const {
+    // Scheme s of camera 1 with the value v60 for four of its keys.
+    void writeV60(int p_nScheme) const {
         std::vector<KeyVal> vecSet = readSet(schemeFile(1, p_nScheme));
         for (KeyVal& st : vecSet) {
-            for (const KeyVal& stNew : p_vecValues) {
-                st.value = st.key == stNew.key ? stNew.value : st.value;
+            for (const u32 nKey :
+                 {KEY_BRIGHTNESS, KEY_SATURATION, KEY_METER_AREA, KEY_MIN_SHUTTER}) {
+                st.value = st.key == nKey ? v60(nKey) : st.value;
             }
         }
         writeSet(schemeFile(1, p_nScheme), vecSet);
-    }
-    void writeV60(int p_nScheme) const {
-        writeValues(p_nScheme, {{KEY_BRIGHTNESS, v60(KEY_BRIGHTNESS)},
-                                {KEY_SATURATION, v60(KEY_SATURATION)},
-                                {KEY_METER_AREA, v60(KEY_METER_AREA)},
-                                {KEY_MIN_SHUTTER, v60(KEY_MIN_SHUTTER)}});
     }
 };
 
@@ -240,21 +234,6 @@ TEST_F(ParameterSafetyTest, RecordsARefusalKeptFromTheIspAreSentLater) {
         EXPECT_EQ(stCase.vecSent.size() == 1 ? vecPending.size() - 1 : 0u,
                   c.getPendingKeys().size());
     }
-}
-
-// Under the time-window policy the first scheme applied at start-up is the
-// window's: scheme 0 never reaches the ISP before it.
-TEST_F(ParameterSafetyTest, StartUpUnderTimeWindowsAppliesOnlyTheWindowsScheme) {
-    upMini();
-    takeDown();
-    writeValues(0, {{8000, 1}, {8003, 0}, {KEY_BRIGHTNESS, 10}}); // no window
-    writeValues(1, {{8000, 1}, {8001, 8}, {8003, 18}, {KEY_BRIGHTNESS, 11}});
-    m_pClock->setTimeOfDay(12, 0);
-    m_objIsp.clearLog();
-    ISensorController& c = bringUp();
-    Access::stopThread(c);
-    EXPECT_EQ(1, Access::curScheme(c));
-    EXPECT_EQ(std::vector<int32_t>{11}, setsOf(KEY_BRIGHTNESS));
 }
 
 TEST_F(ParameterSafetyTest, FlushStoresOnlyValidWindows) {
