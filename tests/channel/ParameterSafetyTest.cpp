@@ -170,28 +170,6 @@ TEST_F(ParameterSafetyTest, ResetsCoverEveryUserSchemeAndNoOtherCamera) {
     }
 }
 
-// A scheme whose file is gone or unreadable keeps its values (never those of
-// the scheme read before it) and the call says it failed.
-TEST_F(ParameterSafetyTest, ResetToLastWithoutAReadableFileKeepsTheScheme) {
-    for (const bool bDirectory : {false, true}) {
-        ISensorController& c = upMini();
-        ASSERT_TRUE(c.resetToLastParameters()); // scheme 0's file read into the scratch set
-        ASSERT_TRUE(c.setParamScheme(1));
-        ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_BRIGHTNESS, 70, true));
-        const std::vector<KeyVal> vecBefore = Access::row(c, 1);
-        std::filesystem::remove(m_objRoot.hostPath(schemeFile(1, 1)));
-        if (bDirectory) {
-            std::filesystem::create_directory(m_objRoot.hostPath(schemeFile(1, 1)));
-        }
-        m_objIsp.clearLog();
-        EXPECT_FALSE(c.resetToLastParameters()) << bDirectory;
-        EXPECT_EQ(pairsOf(vecBefore), pairsOf(Access::row(c, 1)));
-        EXPECT_TRUE(setsOf(KEY_BRIGHTNESS).empty());
-        takeDown();
-        std::filesystem::remove(m_objRoot.hostPath(schemeFile(1, 1)));
-    }
-}
-
 // The ISP refuses saturation during a switch: the records from it on are
 // pending, and each way of sending them again does so even though the cache
 // already holds their values.
@@ -270,7 +248,7 @@ TEST_F(ParameterSafetyTest, RestoreResendsTheStoredValue) {
     EXPECT_TRUE(setsOf(KEY_AUTO_FOCUS_MODE).empty());
 }
 
-TEST_F(ParameterSafetyTest, ResetToLastAppliesExactlyTheUnsavedChanges) {
+TEST_F(ParameterSafetyTest, ResetToLastAppliesExactlyTheUnsavedChangesOrKeepsAFilelessScheme) {
     ISensorController& c = upMini();
     ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_BRIGHTNESS, 70, true));
     ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_SATURATION, 71, true));
@@ -283,6 +261,22 @@ TEST_F(ParameterSafetyTest, ResetToLastAppliesExactlyTheUnsavedChanges) {
                                [](const auto& st) { return st.option == 0; }))
         << "nothing else is applied";
     EXPECT_EQ(50, param(KEY_BRIGHTNESS));
+
+    // A scheme whose file is gone or unreadable keeps its values (never those of
+    // scheme 0, read before it) and the call says it failed.
+    ASSERT_TRUE(c.setParamScheme(1));
+    for (const bool bDirectory : {false, true}) {
+        ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_BRIGHTNESS, 70, true));
+        const std::vector<KeyVal> vecBefore = Access::row(c, 1);
+        std::filesystem::remove_all(m_objRoot.hostPath(schemeFile(1, 1)));
+        if (bDirectory) {
+            std::filesystem::create_directory(m_objRoot.hostPath(schemeFile(1, 1)));
+        }
+        m_objIsp.clearLog();
+        EXPECT_FALSE(c.resetToLastParameters()) << bDirectory;
+        EXPECT_EQ(pairsOf(vecBefore), pairsOf(Access::row(c, 1)));
+        EXPECT_TRUE(setsOf(KEY_BRIGHTNESS).empty());
+    }
 }
 
 } // namespace sensortest
