@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,11 +12,12 @@
 #include <vector>
 
 #include "common/SensorKeys.h"
+#include "config/SensorFile.h"
 #include "controller/ISensorController.h"
 #include "isp/IspSimulator.h"
 #include "platform/VXClock.h"
-#include "platform/VideoStreamModule.h"
 #include "support/ControllerTestAccess.h"
+#include "support/RecordingVideoModule.h"
 #include "support/TestSupport.h"
 
 namespace sensortest {
@@ -23,19 +25,13 @@ namespace sensortest {
 using Access = ISensorControllerTestAccess;
 using ::testing::HasSubstr;
 
-// A host video module that accepts every notice and reports no limits.
-class AcceptingVideo : public VideoStreamModule {
-public:
-    int notifyParamChange(int, int, int) const override { return 0; }
-    bool isBusy() const override { return false; }
-    int getAVStreamParams(std::vector<AVStreamParam>& out) const override;
-    int getLimitedFramesWDRModeParam(int, LimitedFramesWDRModeParam& out) const override;
-};
-
 class ChannelTest : public ::testing::Test {
 protected:
     ChannelTest();
-    ~ChannelTest() override;
+    ~ChannelTest() override {
+        takeDown();
+        installClock(nullptr);
+    }
 
     // A device of this type whose styles hold 13 keys: 8000..8004, then an image tab.
     void useMiniDevice(int p_nType, const std::string& p_strDetail);
@@ -44,12 +40,31 @@ protected:
     // A mini device up with its thread stopped (the test runs the passes) and the log empty.
     ISensorController& upMini(int p_nType = 1, const std::string& p_strDetail = "(max_scheme=2)",
                               int p_nChannel = 1);
-    void takeDown();
+    void takeDown() {
+        if (m_pController) {
+            m_pController->uinit();
+            m_pController.reset();
+        }
+    }
 
-    static std::string schemeFile(int p_nCamera, int p_nScheme);
-    std::vector<KeyVal> readSet(const std::string& p_strDevicePath) const;
-    void writeSet(const std::string& p_strDevicePath, const std::vector<KeyVal>& p_vecSet) const;
-    static u32 valueOf(const std::vector<KeyVal>& p_vecSet, u32 p_nKey);
+    static std::string schemeFile(int p_nCamera, int p_nScheme) {
+        return "/mnt/mtd/code/config_file/sensor" + std::to_string(p_nCamera) + "_" +
+               std::to_string(p_nScheme) + ".cfg";
+    }
+    std::vector<KeyVal> readSet(const std::string& p_strPath) const {
+        std::vector<KeyVal> vecSet(m_objRoot.readFile(p_strPath).size() / sizeof(KeyVal));
+        EXPECT_EQ(SNS_SUCCESS, keyValFromFile(p_strPath.c_str(), vecSet.data(), vecSet.size()));
+        return vecSet;
+    }
+    void writeSet(const std::string& p_strPath, const std::vector<KeyVal>& p_vecSet) const {
+        EXPECT_EQ(SNS_SUCCESS, keyValToFile(p_strPath.c_str(), p_vecSet.data(), p_vecSet.size()));
+    }
+    static u32 valueOf(const std::vector<KeyVal>& p_vecSet, u32 p_nKey) {
+        const auto it = std::find_if(p_vecSet.begin(), p_vecSet.end(),
+                                     [p_nKey](const KeyVal& st) { return st.key == p_nKey; });
+        EXPECT_NE(p_vecSet.end(), it) << "key " << p_nKey << " not in the set";
+        return it == p_vecSet.end() ? 0 : it->value;
+    }
     // (key, value) pairs for whole-set comparisons, or the keys alone (value 0).
     static std::vector<std::pair<u32, u32>> pairsOf(const std::vector<KeyVal>& p_vecSet,
                                                     bool p_bKeys = false) {
@@ -66,18 +81,39 @@ protected:
         return (m_pController.get()->*p_pGet)(value) ? std::optional<T>(value) : std::nullopt;
     }
     // The current channel's value of a key, as getParameter answers it.
-    std::optional<int> param(u32 p_nKey) const;
+    std::optional<int> param(u32 p_nKey) const {
+        int nValue = -7;
+        return m_pController->getParameter(p_nKey, nValue) ? std::optional<int>(nValue)
+                                                           : std::nullopt;
+    }
     // ISP SET calls of a command on a channel, in order, as values.
-    std::vector<int32_t> setsOf(uint32_t p_nCmd, int p_nChannel = 0) const;
+    std::vector<int32_t> setsOf(uint32_t p_nCmd, int p_nChannel = 0) const {
+        std::vector<int32_t> vecValues;
+        for (const IspSimulator::LogEntry& st : m_objIsp.log()) {
+            if (st.cmd == p_nCmd && st.channel == p_nChannel && st.option == 0) {
+                vecValues.push_back(st.value);
+            }
+        }
+        return vecValues;
+    }
     // An attribute record listing p_vecItems (param_type 0) or a plain range (1).
     static ia_dynamic_params_attr_st attr(int32_t p_nType, int32_t p_nDefault,
-                                          const std::vector<int32_t>& p_vecItems);
+                                          const std::vector<int32_t>& p_vecItems) {
+        ia_dynamic_params_attr_st stAttr{};
+        stAttr.param_type = p_nType;
+        stAttr.default_val = p_nDefault;
+        stAttr.min_val = 1;
+        stAttr.max_val = 100;
+        stAttr.items_cnt = static_cast<int32_t>(p_vecItems.size());
+        std::copy(p_vecItems.begin(), p_vecItems.end(), stAttr.item);
+        return stAttr;
+    }
 
     TempDeviceRoot m_objRoot;
-    std::shared_ptr<VirtualClock> m_pClock;
-    AcceptingVideo m_objVideo;
+    std::shared_ptr<VirtualClock> m_pClock = std::make_shared<VirtualClock>();
+    RecordingVideoModule m_objVideo{[] { return std::size_t(0); }}; // accepts every notice
     std::unique_ptr<ISensorController> m_pController;
-    IspSimulator& m_objIsp;
+    IspSimulator& m_objIsp = IspSimulator::instance();
     std::string m_strDetail; // of the mini device
 };
 

@@ -1,7 +1,6 @@
 // Parameters are never lost or mixed: the set's keys across init cycles,
-// scheme files of other shapes, resets of every user scheme, reset to last
-// without a file, records a refusal kept from the ISP, and the first scheme
-// applied at start-up.
+// scheme files of other shapes, resets, restores and resets to last, records a
+// refusal kept from the ISP, and flushes of valid windows only.
 #include <filesystem>
 #include <functional>
 
@@ -22,35 +21,24 @@ u32 v60(u32 p_nKey) {
 
 class ParameterSafetyTest : public ChannelTest {
 protected:
-    void writeStyle(const std::string& p_strStyle) const {
-        for (const std::string strSuffix : {"", "_dome", "_Thermal"}) {
-            m_objRoot.writeFile("/hd1/moduleConfig/sensorConfig/style/Style" + strSuffix + ".xml",
-                                p_strStyle);
-        }
-    }
-    // Scheme s of camera 1 with these values of its keys.
-    void writeValues(int p_nScheme, const std::vector<KeyVal>& p_vecValues) const {
+    // Scheme s of camera 1 with the value v60 for four of its keys.
+    void writeV60(int p_nScheme) const {
         std::vector<KeyVal> vecSet = readSet(schemeFile(1, p_nScheme));
         for (KeyVal& st : vecSet) {
-            for (const KeyVal& stNew : p_vecValues) {
-                st.value = st.key == stNew.key ? stNew.value : st.value;
+            for (const u32 nKey :
+                 {KEY_BRIGHTNESS, KEY_SATURATION, KEY_METER_AREA, KEY_MIN_SHUTTER}) {
+                st.value = st.key == nKey ? v60(nKey) : st.value;
             }
         }
         writeSet(schemeFile(1, p_nScheme), vecSet);
     }
-    void writeV60(int p_nScheme) const {
-        writeValues(p_nScheme, {{KEY_BRIGHTNESS, v60(KEY_BRIGHTNESS)},
-                                {KEY_SATURATION, v60(KEY_SATURATION)},
-                                {KEY_METER_AREA, v60(KEY_METER_AREA)},
-                                {KEY_MIN_SHUTTER, v60(KEY_MIN_SHUTTER)}});
-    }
 };
 
-// The end of init hides LDC (no support reported) and KEY_EMPTY2 for the
-// host's pages; the set keeps them, and a style of more controls than the
-// key-command table keeps them all, at every later init, after a factory
-// reset and at the next boot.
-TEST_F(ParameterSafetyTest, TheSetKeepsItsKeysAcrossInitCyclesResetsAndBoots) {
+// uinit releases once and init can follow. The end of init hides LDC (no
+// support reported) and KEY_EMPTY2 for the host's pages; the set keeps them, and
+// a style of more controls than the key-command table keeps them all, at every
+// later init and after a factory reset.
+TEST_F(ParameterSafetyTest, UinitInitAndResetKeepTheSetsKeysAndTheKeyCommandTable) {
     useMiniDevice(1, "(max_scheme=2)");
     std::string strStyle = R"(<Style><Tab key="scheme"><Control id="8000" value="0"/>
 <Control id="8001" value="0"/><Control id="8002" value="0"/><Control id="8003" value="24"/>
@@ -59,7 +47,10 @@ TEST_F(ParameterSafetyTest, TheSetKeepsItsKeysAcrossInitCyclesResetsAndBoots) {
     for (int i = 0; i < 180; ++i) {
         strStyle += R"(<Control id="13" value="0"/>)"; // KEY_EMPTY3, stored only
     }
-    writeStyle(strStyle + "</Tab></Style>");
+    for (const std::string strSuffix : {"", "_dome", "_Thermal"}) {
+        m_objRoot.writeFile("/hd1/moduleConfig/sensorConfig/style/Style" + strSuffix + ".xml",
+                            strStyle + "</Tab></Style>");
+    }
     setshowBeawayFalg(false); // as the host left it: the first init keeps KEY_EMPTY2
     ISensorController& c = bringUp();
     Access::stopThread(c);
@@ -73,19 +64,23 @@ TEST_F(ParameterSafetyTest, TheSetKeepsItsKeysAcrossInitCyclesResetsAndBoots) {
         EXPECT_EQ(vecKeys, pairsOf(Access::row(*m_pController, 0), true)) << szWhen;
         EXPECT_EQ(vecKeys, pairsOf(readSet(schemeFile(1, 1)), true)) << szWhen;
     };
+    EXPECT_EQ(165u, Access::keyCmdSum(c));
     c.uinit();
+    EXPECT_EQ(1, c.getSensorStatus()) << "the ready bit stays set after uinit";
+    EXPECT_EQ(-1, Access::curScheme(c));
+    c.uinit(); // a second release frees nothing twice
     ModuleConfigure objModule;
     objModule.setDetail(m_strDetail);
     c.init(objModule);
     Access::stopThread(c);
+    EXPECT_EQ(165u, Access::keyCmdSum(c));
+    EXPECT_EQ(189u, Access::keyValSum(c));
+    EXPECT_EQ(0, Access::curScheme(c));
+    EXPECT_EQ(50, param(KEY_BRIGHTNESS));
     expectSameSet("after uinit and init");
     c.resetParameters();
     Access::stopThread(c);
     expectSameSet("after a factory reset");
-    setshowBeawayFalg(false); // a boot starts from the same flags
-    bringUp();
-    Access::stopThread(*m_pController);
-    expectSameSet("at the next boot");
 }
 
 // A file of another length, order or keys is matched by key: no zeros, no
@@ -95,6 +90,7 @@ TEST_F(ParameterSafetyTest, SchemeFilesOfOtherShapesAreMatchedByKey) {
     upMini();
     const std::vector<KeyVal> vecFactory = Access::row(*m_pController, 2);
     takeDown();
+    m_objRoot.writeFile(schemeFile(1, 3), "not a scheme of this channel");
     std::vector<KeyVal> vecSet = vecFactory;
     vecSet[5].value = 77; // brightness, inside the first 100 bytes
     std::vector<KeyVal> vecReversed(vecSet.rbegin(), vecSet.rend());
@@ -125,6 +121,7 @@ TEST_F(ParameterSafetyTest, SchemeFilesOfOtherShapesAreMatchedByKey) {
         const std::vector<KeyVal> vecRow = Access::row(c, 0);
         EXPECT_EQ(pairsOf(vecFactory, true), pairsOf(vecRow, true));
         EXPECT_EQ(stCase.nBrightness, valueOf(vecRow, KEY_BRIGHTNESS));
+        EXPECT_EQ(std::vector<int32_t>{int32_t(stCase.nBrightness)}, setsOf(KEY_BRIGHTNESS));
         EXPECT_EQ(vecFactory.back().value, vecRow.back().value) << "factory where missing";
         EXPECT_TRUE(setsOf(0).empty()) << "nothing with command 0 reaches the ISP";
         const std::string strLog = m_objRoot.readFile(kErrorLog);
@@ -134,6 +131,8 @@ TEST_F(ParameterSafetyTest, SchemeFilesOfOtherShapesAreMatchedByKey) {
         EXPECT_EQ(pairsOf(vecFactory, true), pairsOf(readSet(schemeFile(1, 0)), true));
         takeDown();
     }
+    EXPECT_EQ("not a scheme of this channel", m_objRoot.readFile(schemeFile(1, 3)))
+        << "with the stamp in place nothing is removed";
 }
 
 // With six user schemes the factory reset and the version wipe rebuild all
@@ -154,7 +153,11 @@ TEST_F(ParameterSafetyTest, ResetsCoverEveryUserSchemeAndNoOtherCamera) {
         ISensorController& c = upMini(1, "(max_scheme=12)");
         if (bReset) {
             ASSERT_EQ(v60(KEY_BRIGHTNESS), valueOf(Access::row(c, 11), KEY_BRIGHTNESS));
-            c.resetParameters();
+            ASSERT_TRUE(c.setParamScheme(1));
+            EXPECT_TRUE(c.resetParameters());
+            EXPECT_EQ(0, Access::curScheme(c));
+            EXPECT_EQ(1, c.getSensorStatus());
+            EXPECT_EQ(50, param(KEY_BRIGHTNESS));
         }
         for (u32 s = 0; s < 12; ++s) {
             EXPECT_EQ(50u, valueOf(readSet(schemeFile(1, static_cast<int>(s))), KEY_BRIGHTNESS))
@@ -164,32 +167,6 @@ TEST_F(ParameterSafetyTest, ResetsCoverEveryUserSchemeAndNoOtherCamera) {
         }
         EXPECT_EQ("camera 2", m_objRoot.readFile(schemeFile(2, 5)));
         EXPECT_EQ("camera 11", m_objRoot.readFile(schemeFile(11, 4)));
-    }
-}
-
-// A scheme whose file is gone or unreadable keeps its values (never those of
-// the scheme read before it) and the call says it failed.
-TEST_F(ParameterSafetyTest, ResetToLastWithoutAReadableFileKeepsTheScheme) {
-    for (const bool bDirectory : {false, true}) {
-        ISensorController& c = upMini();
-        ASSERT_TRUE(c.resetToLastParameters()); // scheme 0's file read into the scratch set
-        ASSERT_TRUE(c.setParamScheme(1));
-        ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_BRIGHTNESS, 70, true));
-        const std::vector<KeyVal> vecBefore = Access::row(c, 1);
-        std::filesystem::remove(m_objRoot.hostPath(schemeFile(1, 1)));
-        if (bDirectory) {
-            std::filesystem::create_directory(m_objRoot.hostPath(schemeFile(1, 1)));
-        }
-        m_objIsp.clearLog();
-        EXPECT_FALSE(c.resetToLastParameters()) << bDirectory;
-        EXPECT_EQ(pairsOf(vecBefore), pairsOf(Access::row(c, 1)));
-        EXPECT_TRUE(setsOf(KEY_BRIGHTNESS).empty());
-        if (bDirectory) { // at start-up the scheme takes the factory set, never zeros
-            ISensorController& d = upMini();
-            EXPECT_EQ(pairsOf(Access::row(d, 2)), pairsOf(Access::row(d, 1)));
-        }
-        takeDown();
-        std::filesystem::remove(m_objRoot.hostPath(schemeFile(1, 1)));
     }
 }
 
@@ -237,19 +214,69 @@ TEST_F(ParameterSafetyTest, RecordsARefusalKeptFromTheIspAreSentLater) {
     }
 }
 
-// Under the time-window policy the first scheme applied at start-up is the
-// window's: scheme 0 never reaches the ISP before it.
-TEST_F(ParameterSafetyTest, StartUpUnderTimeWindowsAppliesOnlyTheWindowsScheme) {
-    upMini();
-    takeDown();
-    writeValues(0, {{8000, 1}, {8003, 0}, {KEY_BRIGHTNESS, 10}}); // no window
-    writeValues(1, {{8000, 1}, {8001, 8}, {8003, 18}, {KEY_BRIGHTNESS, 11}});
-    m_pClock->setTimeOfDay(12, 0);
+TEST_F(ParameterSafetyTest, FlushStoresOnlyValidWindows) {
+    EXPECT_EQ(SNS_FAILED, ISensorController().paramCheck()) << "no current set to judge";
+    ISensorController& c = upMini();
+    const struct {
+        const char* szWindow;
+        int nResult;
+        u32 nStoredStart; // of the file after the flush
+    } aCases[] = {{"(8001,18)(8002,0)(8003,8)(8004,0)", SNS_ERR_TIME_ORDER, 0},
+                  {"(8001,8)(8002,0)(8003,8)(8004,0)", SNS_ERR_TIME_ORDER, 0},
+                  {"(8001,24)(8002,1)(8003,24)(8004,30)", SNS_ERR_START_TIME, 0},
+                  {"(8001,25)(8003,26)", SNS_ERR_START_TIME, 0},
+                  {"(8001,8)(8002,0)(8003,24)(8004,30)", SNS_ERR_END_TIME, 0},
+                  {"(8001,8)(8002,30)(8003,18)(8004,0)(34,66)", SNS_SUCCESS, 8},
+                  {"(8001,23)(8002,99)(8003,24)(8004,0)", SNS_SUCCESS, 23}};
+    for (const auto& stCase : aCases) {
+        ASSERT_EQ(SNS_SUCCESS, c.setParameters(std::string(stCase.szWindow), true));
+        EXPECT_EQ(stCase.nResult, c.flush()) << stCase.szWindow;
+        EXPECT_EQ(stCase.nStoredStart, valueOf(readSet(schemeFile(1, 0)), 8001))
+            << stCase.szWindow << ": an invalid window is never stored";
+    }
+    EXPECT_EQ(66u, valueOf(readSet(schemeFile(1, 0)), KEY_BRIGHTNESS));
+    EXPECT_EQ(50u, valueOf(readSet(schemeFile(1, 1)), KEY_BRIGHTNESS)) << "only the current scheme";
+}
+
+TEST_F(ParameterSafetyTest, RestoreResendsTheStoredValue) {
+    ISensorController& c = upMini();
+    EXPECT_EQ(SNS_SUCCESS, c.restore(KEY_BRIGHTNESS));
+    EXPECT_EQ(std::vector<int32_t>{50}, setsOf(KEY_BRIGHTNESS)) << "sent although the ISP has it";
+    EXPECT_EQ(SNS_FAILED, c.restore(4242));
+    // No lens and no exposure mode in the mini style: nothing to restore.
+    EXPECT_FALSE(c.restoreAeMode());
+    EXPECT_TRUE(setsOf(KEY_AUTO_FOCUS_MODE).empty());
+}
+
+TEST_F(ParameterSafetyTest, ResetToLastAppliesExactlyTheUnsavedChangesOrKeepsAFilelessScheme) {
+    ISensorController& c = upMini();
+    ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_BRIGHTNESS, 70, true));
+    ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_SATURATION, 71, true));
     m_objIsp.clearLog();
-    ISensorController& c = bringUp();
-    Access::stopThread(c);
-    EXPECT_EQ(1, Access::curScheme(c));
-    EXPECT_EQ(std::vector<int32_t>{11}, setsOf(KEY_BRIGHTNESS));
+    EXPECT_TRUE(c.resetToLastParameters());
+    EXPECT_EQ(std::vector<int32_t>{50}, setsOf(KEY_BRIGHTNESS));
+    EXPECT_EQ(std::vector<int32_t>{128}, setsOf(KEY_SATURATION));
+    const auto vecLog = m_objIsp.log();
+    EXPECT_EQ(2, std::count_if(vecLog.begin(), vecLog.end(),
+                               [](const auto& st) { return st.option == 0; }))
+        << "nothing else is applied";
+    EXPECT_EQ(50, param(KEY_BRIGHTNESS));
+
+    // A scheme whose file is gone or unreadable keeps its values (never those of
+    // scheme 0, read before it) and the call says it failed.
+    ASSERT_TRUE(c.setParamScheme(1));
+    for (const bool bDirectory : {false, true}) {
+        ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_BRIGHTNESS, 70, true));
+        const std::vector<KeyVal> vecBefore = Access::row(c, 1);
+        std::filesystem::remove_all(m_objRoot.hostPath(schemeFile(1, 1)));
+        if (bDirectory) {
+            std::filesystem::create_directory(m_objRoot.hostPath(schemeFile(1, 1)));
+        }
+        m_objIsp.clearLog();
+        EXPECT_FALSE(c.resetToLastParameters()) << bDirectory;
+        EXPECT_EQ(pairsOf(vecBefore), pairsOf(Access::row(c, 1)));
+        EXPECT_TRUE(setsOf(KEY_BRIGHTNESS).empty());
+    }
 }
 
 } // namespace sensortest

@@ -50,7 +50,7 @@ TEST_F(SchemeTest, TimeWindowsPickTheLowestMatchingScheme) {
     }
 }
 
-TEST_F(SchemeTest, ThreadFollowsTimeWindows) {
+TEST_F(SchemeTest, StartUpAndThreadFollowTimeWindows) {
     ISensorController& c = upWithWindows(1, {{0, 0}, {800, 1800}}, 1);
     EXPECT_TRUE(Access::schemeByTime(c));
     EXPECT_EQ(0, Access::curScheme(c)) << "init's own pass found no window: scheme 0";
@@ -61,6 +61,13 @@ TEST_F(SchemeTest, ThreadFollowsTimeWindows) {
     passAt(c, 18, 0);
     EXPECT_EQ(0, Access::curScheme(c));
     EXPECT_EQ((std::vector<int32_t>{11, 10}), setsOf(KEY_BRIGHTNESS));
+    // Started inside a window, the window's scheme is the first applied: scheme 0 never is.
+    takeDown();
+    m_pClock->setTimeOfDay(12, 0);
+    m_objIsp.clearLog();
+    Access::stopThread(bringUp());
+    EXPECT_EQ(1, Access::curScheme(*m_pController));
+    EXPECT_EQ(std::vector<int32_t>{11}, setsOf(KEY_BRIGHTNESS));
 }
 
 TEST_F(SchemeTest, ThreadFollowsDayAndNightUnlessManualOrResetting) {
@@ -130,9 +137,7 @@ TEST_F(SchemeTest, HostSwitchesAndTheFactorySet) {
     EXPECT_FALSE(m_objRoot.exists(schemeFile(1, 2))) << "the factory set is never written";
     EXPECT_FALSE(c.setParamScheme(3)) << "beyond the factory set";
     EXPECT_FALSE(c.setParamScheme(-1));
-    int nScheme = -1;
-    EXPECT_TRUE(c.getParamScheme(nScheme));
-    EXPECT_EQ(2, nScheme);
+    EXPECT_EQ(2, read(&ISensorController::getParamScheme));
     EXPECT_EQ(-1, c.getParamSchemeTime(KEY_SCHEME_MODE));
 }
 

@@ -1,5 +1,11 @@
-// Channel start-up and release: files, stamp, flags, the first scheme and the thread.
+// Channel start-up and release: files, stamp, flags by device type and detail,
+// the first scheme, the thread, and the UI file list.
 #include "ChannelFixture.h"
+
+#include <cstring>
+#include <filesystem>
+
+#include "config/sensor.h"
 
 namespace sensortest {
 
@@ -9,9 +15,15 @@ const std::string kConfigDir = "/mnt/mtd/code/config_file/";
 
 using StartupTest = ChannelTest;
 
-TEST_F(StartupTest, FreshFlashCreatesFourSchemeFilesAndTheStamp) {
+TEST_F(StartupTest, FreshFlashCreatesFourSchemeFilesAndTheStampAllUnderTheRoot) {
+    namespace fs = std::filesystem;
+    const char* aHostPaths[] = {"/mnt/mtd", "/hd1", "/tmp/merge_style_ch1.xml", "/tmp/Debug.sign"};
+    std::vector<bool> vecBefore;
+    for (const char* szPath : aHostPaths) {
+        vecBefore.push_back(fs::exists(szPath));
+    }
     useMiniDevice(1, "(max_scheme=4)(lensId=0)");
-    m_objRoot.writeFile("/tmp/Debug.sign", "4\n0\n");
+    m_objRoot.writeFile("/tmp/Debug.sign", "4\n0\n"); // warnings reach the error log
     // Of an older module's files only this camera's schemes 0..3 are removed.
     m_objRoot.writeFile(schemeFile(1, 0), "stale");
     m_objRoot.writeFile(schemeFile(1, 4), "keep-1-4");
@@ -42,24 +54,17 @@ TEST_F(StartupTest, FreshFlashCreatesFourSchemeFilesAndTheStamp) {
     EXPECT_EQ(1, c.getSensorStatus());
     EXPECT_EQ(7, c.getSensorType());
     EXPECT_THAT(c.getUIStyleFile(), HasSubstr("<Tab key=\"image\">"));
-}
+    EXPECT_TRUE(m_objRoot.exists("/tmp/merge_style_ch1.xml"));
 
-TEST_F(StartupTest, PresentStampAndFilesAreLoadedUnchanged) {
-    useMiniDevice(1, "(max_scheme=2)");
-    bringUp(1);
+    // The rest of a life writes nothing outside the root either.
+    c.setParameters(std::string("(34,61)(2337,62)"), true);
+    c.flush();
+    c.setParamScheme(1);
+    c.resetParameters();
     takeDown();
-    std::vector<KeyVal> vecSet = readSet(schemeFile(1, 0));
-    ASSERT_EQ(KEY_BRIGHTNESS, vecSet[5].key);
-    vecSet[5].value = 77;
-    writeSet(schemeFile(1, 0), vecSet);
-    m_objRoot.writeFile(schemeFile(1, 3), "not a scheme of this channel");
-    m_objIsp.clearLog();
-
-    bringUp(1);
-    EXPECT_EQ(77, param(KEY_BRIGHTNESS));
-    EXPECT_EQ(std::vector<int32_t>{77}, setsOf(KEY_BRIGHTNESS));
-    EXPECT_EQ("not a scheme of this channel", m_objRoot.readFile(schemeFile(1, 3)))
-        << "with the stamp in place nothing is removed";
+    for (size_t i = 0; i < vecBefore.size(); ++i) {
+        EXPECT_EQ(vecBefore[i], fs::exists(aHostPaths[i])) << aHostPaths[i];
+    }
 }
 
 TEST_F(StartupTest, LprDeviceCreatesItsNightSchemeWithTheLprValues) {
@@ -75,29 +80,51 @@ TEST_F(StartupTest, LprDeviceCreatesItsNightSchemeWithTheLprValues) {
         << "other schemes get the factory set";
 }
 
-TEST_F(StartupTest, DeviceTypeAndDetailFieldsDecideTheChannelFlags) {
+TEST_F(StartupTest, DeviceTypeChannelAndDetailFieldsDecideTheChannelFlags) {
     const struct {
-        int nType;
+        int nType, nAsked;
         const char* szDetail;
-        bool bLpr, bLimitedIr, bLens;
-    } aCases[] = {{8, "(max_scheme=4)", true, false, false},
-                  {8, "(max_scheme=4)(isInfrared=1)", false, false, false},
-                  {8, "(isInfrared=0)", false, false, false},
-                  {1, "(isInfrared=17)", false, true, false},
-                  {4, "(lensId=0)", false, false, false},
-                  {4, "(lensId=3)", false, false, true},
-                  {4, "(lensId 3)", false, false, false}};
-    for (const auto& stCase : aCases) {
-        SCOPED_TRACE(std::to_string(stCase.nType) + " " + stCase.szDetail);
+        int nCamera;
+        bool bThermal, bLpr, bLimitedIr, bLens;
+    } aCases[] = {{13, 1, "", 2, true, false, false, false},
+                  {13, 2, "", 2, true, false, false, false},
+                  {14, 1, "", 1, false, false, false, false},
+                  {14, 2, "", 2, true, false, false, false},
+                  {19, 1, "", 1, false, false, false, false},
+                  {19, 2, "", 2, true, false, false, false},
+                  {23, 1, "", 1, false, false, false, false},
+                  {23, 2, "", 2, true, false, false, false},
+                  {17, 2, "", 2, true, false, false, false},
+                  {1, 2, "(isInfrared=17)", 2, false, false, true, false},
+                  {8, 1, "(max_scheme=4)", 1, false, true, false, false},
+                  {8, 1, "(max_scheme=4)(isInfrared=1)", 1, false, false, false, false},
+                  {8, 1, "(isInfrared=0)", 1, false, false, false, false},
+                  {4, 2, "(lensId=0)", 2, false, false, false, false},
+                  {4, 1, "(lensId=3)", 1, false, false, false, true},
+                  {4, 1, "(lensId 3)", 1, false, false, false, false}};
+    for (const auto& st : aCases) {
+        SCOPED_TRACE("type " + std::to_string(st.nType) + " ch " + std::to_string(st.nAsked) + " " +
+                     st.szDetail);
         ::testing::internal::CaptureStdout();
-        ISensorController& c = upMini(stCase.nType, stCase.szDetail);
+        ISensorController& c = upMini(st.nType, st.szDetail, st.nAsked);
         const bool bPrinted = ::testing::internal::GetCapturedStdout().find(
                                   "#### m_bisLimitedIrPower is true!\n") != std::string::npos;
-        EXPECT_EQ(stCase.bLpr, Access::lprMode(c));
-        EXPECT_EQ(stCase.bLimitedIr, Access::limitedIrPower(c));
-        EXPECT_EQ(stCase.bLimitedIr, bPrinted);
-        EXPECT_EQ(stCase.bLens, Access::hasLens(c));
+        EXPECT_EQ(st.nCamera, c.getCameraID());
+        EXPECT_EQ(st.bThermal, c.isThermalChannel());
+        EXPECT_EQ(st.bLpr, Access::lprMode(c));
+        EXPECT_EQ(st.bLimitedIr, Access::limitedIrPower(c));
+        EXPECT_EQ(st.bLimitedIr, bPrinted);
+        EXPECT_EQ(st.bLens, Access::hasLens(c));
     }
+    // Before init nothing is ready, and the thermal flag is never cleared by a later call.
+    takeDown();
+    useMiniDevice(14, "");
+    ISensorController objCtl;
+    EXPECT_EQ(0, objCtl.getSensorStatus());
+    objCtl.setChannelID(2);
+    objCtl.setChannelID(1);
+    EXPECT_EQ(1, objCtl.getCameraID());
+    EXPECT_TRUE(objCtl.isThermalChannel());
 }
 
 TEST_F(StartupTest, ThermalChannelUsesThermalFilesAndRemovesOnlyThem) {
@@ -111,25 +138,33 @@ TEST_F(StartupTest, ThermalChannelUsesThermalFilesAndRemovesOnlyThem) {
     EXPECT_EQ(13u * 8, m_objRoot.readFile(kConfigDir + "sensor-thermal0.cfg").size());
     EXPECT_TRUE(m_objRoot.exists(kConfigDir + "sensor-thermal1.cfg"));
     EXPECT_FALSE(m_objRoot.exists(schemeFile(2, 0)));
+    // A factory reset removes every thermal file and writes the sets again.
+    m_objRoot.writeFile(kConfigDir + "sensor-thermal3.cfg", "stale");
+    EXPECT_TRUE(c.resetParameters());
+    EXPECT_FALSE(m_objRoot.exists(kConfigDir + "sensor-thermal3.cfg"));
+    EXPECT_EQ(13u * 8, m_objRoot.readFile(kConfigDir + "sensor-thermal0.cfg").size());
 }
 
-TEST_F(StartupTest, UinitReleasesOnceAndInitCanFollowWith165Rows) {
-    useMiniDevice(1, "(max_scheme=2)");
-    ISensorController& c = bringUp(1);
-    EXPECT_EQ(165u, Access::keyCmdSum(c));
-    c.uinit();
-    EXPECT_EQ(1, c.getSensorStatus()) << "the ready bit stays set after uinit";
-    EXPECT_EQ(-1, Access::curScheme(c));
-    c.uinit(); // a second release frees nothing twice
-
-    ModuleConfigure objModule;
-    objModule.setModuleId(7);
-    objModule.setDetail("(max_scheme=2)");
-    c.init(objModule);
-    EXPECT_EQ(165u, Access::keyCmdSum(c));
-    EXPECT_EQ(13u, Access::keyValSum(c));
-    EXPECT_EQ(0, Access::curScheme(c));
-    EXPECT_EQ(50, param(KEY_BRIGHTNESS));
+TEST_F(StartupTest, UiFilesFallBackToTheFirstEntry) {
+    ISensorController objCtl;
+    EXPECT_EQ("", objCtl.getUICommonFile(1)) << "an empty list";
+    SysConfig& stConf = Access::sysConf(objCtl);
+    stConf.pUIFile = newUIFileList(2);
+    stConf.nUIFileSum = 2;
+    for (u32 i = 0; i < 2; ++i) {
+        const std::string strId = i == 0 ? "1" : "7";
+        stConf.pUIFile[i].nId = std::stoi(strId);
+        stConf.pUIFile[i].szCommon = newConfigText(32);
+        stConf.pUIFile[i].szLanguage = newConfigText(32);
+        std::strcpy(stConf.pUIFile[i].szCommon, ("common" + strId + ".xml").c_str());
+        std::strcpy(stConf.pUIFile[i].szLanguage, ("lang" + strId + ".xml").c_str());
+    }
+    EXPECT_EQ("common7.xml", objCtl.getUICommonFile(7));
+    EXPECT_EQ("lang7.xml", objCtl.getUILanguageFile(7));
+    EXPECT_EQ("common1.xml", objCtl.getUICommonFile(99));
+    EXPECT_EQ("lang1.xml", objCtl.getUILanguageFile(99));
+    uinitSysConf(&stConf);
+    uinitSysConf(&stConf); // a second release frees nothing twice
 }
 
 } // namespace sensortest
