@@ -139,30 +139,6 @@ TEST(HostThreadsTest, HostCallsAgainstTheRunningSensorThreadLeaveAConsistentChan
 // thread's scheme switch, and the thread's lock must not deadlock with a host
 // video module that waits for another host call into the channel.
 
-// Host threads calling p_fnCall back to back until the object goes.
-class HostLoad {
-public:
-    HostLoad(int p_nThreads, const std::function<void(int)>& p_fnCall) {
-        for (int t = 0; t < p_nThreads; ++t) {
-            m_vecThreads.emplace_back([this, p_fnCall] {
-                for (int i = 0; !m_bStop; ++i) {
-                    p_fnCall(i);
-                }
-            });
-        }
-    }
-    ~HostLoad() {
-        m_bStop = true;
-        for (std::thread& objThread : m_vecThreads) {
-            objThread.join();
-        }
-    }
-
-private:
-    std::atomic<bool> m_bStop{false};
-    std::vector<std::thread> m_vecThreads;
-};
-
 // Day/night policy, scheme 1 with a brightness of its own, daylight: night
 // shows on the ISP as scheme 1's brightness.
 ISensorController& dayNightChannel(SampleDevice& p_objDevice,
@@ -224,12 +200,24 @@ TEST(BusyHostTest, TheAutomaticSwitchComesWithinTwoPassesUnderAnyHostLoad) {
         ISensorController& c = dayNightChannel(objDevice);
         auto pClock = std::make_shared<WatchingClock>([&] { return nightApplied(objDevice); });
         installClock(pClock);
-        HostLoad objLoad(stLoad.nThreads, [&](int i) { stLoad.fnCall(c, i); });
+        std::atomic<bool> bStop{false};
+        std::vector<std::thread> vecLoad;
+        for (int t = 0; t < stLoad.nThreads; ++t) {
+            vecLoad.emplace_back([&] {
+                for (int i = 0; !bStop; ++i) {
+                    stLoad.fnCall(c, i);
+                }
+            });
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(20)); // the load is on
         const long long nStart = pClock->elapsedUsec();
         objDevice.isp().setLightLevel(0, kNight);
-        ASSERT_TRUE(eventually([&] { return pClock->seenAt() >= 0; }))
-            << "no switch while the host is busy";
+        const bool bSwitched = eventually([&] { return pClock->seenAt() >= 0; });
+        bStop = true;
+        for (std::thread& objThread : vecLoad) {
+            objThread.join();
+        }
+        ASSERT_TRUE(bSwitched) << "no switch while the host is busy";
         // The pass in progress may have read the light just before it changed.
         EXPECT_LE(pClock->seenAt() - nStart, 2'000'000) << "passes (1 s each) before the switch";
     }
