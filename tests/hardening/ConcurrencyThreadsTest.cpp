@@ -66,8 +66,6 @@ bool isScheme(ISensorController& c, int p_nScheme) {
     return c.getParamScheme(nNow) && nNow == p_nScheme;
 }
 
-// Host calls, factory resets among them, on several threads while the sensor
-// thread switches schemes with the light.
 TEST(HostThreadsTest, HostCallsAgainstTheRunningSensorThreadLeaveAConsistentChannel) {
     SampleDevice objDevice("ipc");
     Quiet objQuiet;
@@ -98,9 +96,6 @@ TEST(HostThreadsTest, HostCallsAgainstTheRunningSensorThreadLeaveAConsistentChan
         },
         [&] {
             for (int i = 0, n = 0; i < kRounds / 5; ++i) {
-                if (i % 7 == 6) {
-                    EXPECT_TRUE(c.resetParameters()); // stops the thread while holding its lock
-                }
                 std::string strText;
                 c.getAllParameters(strText);
                 c.getUIStyleFile();
@@ -128,7 +123,6 @@ TEST(HostThreadsTest, HostCallsAgainstTheRunningSensorThreadLeaveAConsistentChan
     EXPECT_EQ(c.setParameter(34, 77, true), 0);
     EXPECT_TRUE(c.getParameter(34, nValue));
     EXPECT_EQ(nValue, 77);
-    c.setParameter(KEY_SCHEME_MODE, 2, true); // a reset brought back the factory policy: none
     objDevice.isp().setLightLevel(0, kNight);
     EXPECT_TRUE(eventually([&] { return isScheme(c, 1); }));
     objDevice.isp().setLightLevel(0, kDay);
@@ -136,8 +130,9 @@ TEST(HostThreadsTest, HostCallsAgainstTheRunningSensorThreadLeaveAConsistentChan
 }
 
 // A host that calls the channel back to back must not hold off the sensor
-// thread's scheme switch, and the thread's lock must not deadlock with a host
-// video module that waits for another host call into the channel.
+// thread's scheme switch, and the thread's lock must deadlock neither with a
+// reset (which stops the thread while holding the lock) nor with a host video
+// module that waits for another host call into the channel.
 
 // Day/night policy, scheme 1 with a brightness of its own, daylight: night
 // shows on the ISP as scheme 1's brightness.
@@ -257,6 +252,31 @@ TEST(BusyHostTest, AVideoModuleWaitingForAHostCallDoesNotDeadlockTheSwitch) {
     EXPECT_TRUE(eventually([&] { return nightApplied(objDevice); }));
     EXPECT_FALSE(objVideo.m_bTimedOut) << "the host call waited for the switch's lock";
     EXPECT_EQ(objDevice.isp().getValue(0, KEY_MIRROR), 1);
+}
+
+TEST(BusyHostTest, ResetsAndRestartsUnderLoadWhileTheThreadSwitchesEndCleanly) {
+    SampleDevice objDevice("ipc");
+    Quiet objQuiet;
+    ISensorController& c = dayNightChannel(objDevice);
+    std::atomic<bool> bStop{false};
+    const auto load = [&] {
+        for (int i = 0; !bStop; ++i) {
+            c.setParameter(2337, i % 256, true);
+            objDevice.isp().setLightLevel(0, i % 2 == 0 ? kNight : kDay);
+        }
+    };
+    std::thread objLoad1(load);
+    std::thread objLoad2(load);
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_TRUE(c.resetParameters());
+    }
+    bStop = true;
+    objLoad1.join();
+    objLoad2.join();
+    // A reset brings back the factory policy: none. Day/night again, at night.
+    objDevice.isp().setLightLevel(0, kNight);
+    c.setParameter(KEY_SCHEME_MODE, 2, true);
+    EXPECT_TRUE(eventually([&] { return isScheme(c, 1); }));
 }
 
 // Channel 1's passes run on the test thread (its own thread is stopped), so
