@@ -5,14 +5,15 @@
 // in any build.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <map>
-#include <mutex>
+#include <numeric>
 #include <optional>
 #include <regex>
 #include <thread>
@@ -26,17 +27,24 @@
 namespace sensortest {
 namespace {
 
-using ::testing::internal::CaptureStdout;
-using ::testing::internal::GetCapturedStdout;
+using Access = ISensorControllerTestAccess;
 
-constexpr u32 kBusyBits = ISensorControllerTestAccess::resettingBit() |
-                          ISensorControllerTestAccess::resettingLastBit() |
-                          ISensorControllerTestAccess::switchingBit();
+constexpr int kDay = 1000;
+constexpr int kNight = 0;
+constexpr int kNightBrightness = 77;
+// How long a wait may take before it counts as lost (far beyond any honest wait).
+constexpr auto kBound = std::chrono::seconds(20);
 
-// Waits (yielding) until p_fnDone holds; false if it never does within a
-// bound far beyond any honest wait, so a lost wake-up fails instead of hanging.
+// The channels print a lot; the tests keep it out of their output.
+struct Quiet {
+    Quiet() { ::testing::internal::CaptureStdout(); }
+    ~Quiet() { ::testing::internal::GetCapturedStdout(); }
+};
+
+// Waits (yielding) until p_fnDone holds; false if it never does within the
+// bound, so a lost wake-up fails instead of hanging.
 template <class Done> bool eventually(Done p_fnDone) {
-    const auto tEnd = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    const auto tEnd = std::chrono::steady_clock::now() + 3 * kBound;
     while (!p_fnDone()) {
         if (std::chrono::steady_clock::now() > tEnd) {
             return false;
@@ -46,121 +54,85 @@ template <class Done> bool eventually(Done p_fnDone) {
     return true;
 }
 
-void runThreads(std::vector<std::function<void()>> p_vecBodies) {
-    std::vector<std::thread> vecThreads;
-    for (auto& fnBody : p_vecBodies) {
-        vecThreads.emplace_back(fnBody);
-    }
+void runThreads(const std::vector<std::function<void()>>& p_vecBodies) {
+    std::vector<std::thread> vecThreads(p_vecBodies.begin(), p_vecBodies.end());
     for (std::thread& objThread : vecThreads) {
         objThread.join();
     }
 }
 
+bool isScheme(ISensorController& c, int p_nScheme) {
+    int nNow = -1;
+    return c.getParamScheme(nNow) && nNow == p_nScheme;
+}
+
 TEST(HostThreadsTest, HostCallsAgainstTheRunningSensorThreadLeaveAConsistentChannel) {
     SampleDevice objDevice("ipc");
-    CaptureStdout();
-    ISensorController& objChannel = objDevice.bringUp(1);
-    // Day/night policy: the thread switches schemes as the light changes.
-    objChannel.setParameter(8000, 2, true);
+    Quiet objQuiet;
+    ISensorController& c = objDevice.bringUp(1);
+    c.setParameter(KEY_SCHEME_MODE, 2, true); // day/night: the thread follows the light
     constexpr int kRounds = 150;
-
+    int nValue = 0;
     runThreads({
         [&] {
-            for (int i = 0; i < kRounds; ++i) {
-                objChannel.setParameter(34, i % 100, true);
-                int nValue = 0;
-                objChannel.getParameter(34, nValue);
+            for (int i = 0, n = 0; i < kRounds; ++i) {
+                c.setParameter(34, i % 100, true);
+                c.getParameter(34, n);
             }
         },
         [&] {
             for (int i = 0; i < kRounds; ++i) {
-                objChannel.setParameters("(2337," + std::to_string(i % 256) + ")(34,50)", true);
+                c.setParameters("(2337," + std::to_string(i % 256) + ")(34,50)", true);
                 std::string strOut;
-                objChannel.getParameters("(34,2337,49)", strOut);
+                c.getParameters("(34,2337,49)", strOut);
+            }
+        },
+        [&] {
+            for (int i = 0, n = 0; i < kRounds; ++i) {
+                c.setParamScheme(i % 2);
+                c.setParamMode(i % 3 == 0 ? 0 : 1);
+                c.getParamScheme(n);
+            }
+        },
+        [&] {
+            for (int i = 0, n = 0; i < kRounds / 5; ++i) {
+                std::string strText;
+                c.getAllParameters(strText);
+                c.getUIStyleFile();
+                c.flush();
+                c.getSensorParamRange(49, n, strText);
             }
         },
         [&] {
             for (int i = 0; i < kRounds; ++i) {
-                objChannel.setParamScheme(i % 2);
-                objChannel.setParamMode(i % 3 == 0 ? 0 : 1);
-                int nScheme = 0;
-                objChannel.getParamScheme(nScheme);
-            }
-        },
-        [&] {
-            for (int i = 0; i < kRounds / 5; ++i) {
-                std::string strAll;
-                objChannel.getAllParameters(strAll);
-                objChannel.getUIStyleFile();
-                objChannel.flush();
-                int nDefault = 0;
-                std::string strRange;
-                objChannel.getSensorParamRange(49, nDefault, strRange);
-            }
-        },
-        [&] {
-            for (int i = 0; i < kRounds; ++i) {
-                objDevice.isp().setLightLevel(0, i % 2 == 0 ? 0 : 1000);
+                objDevice.isp().setLightLevel(0, i % 2 == 0 ? kNight : kDay);
                 std::this_thread::yield();
             }
         },
     });
-    objChannel.setParamMode(1);
-    GetCapturedStdout();
-
-    EXPECT_EQ(ISensorControllerTestAccess::state(objChannel) & kBusyBits, 0u)
-        << "a switch or reset bit was left set";
-    const int nScheme = ISensorControllerTestAccess::curScheme(objChannel);
-    EXPECT_GE(nScheme, 0);
-    EXPECT_LE(static_cast<u32>(nScheme), ISensorControllerTestAccess::schemeSum(objChannel));
-    int nValue = -1;
-    EXPECT_TRUE(objChannel.getParameter(34, nValue));
-    EXPECT_EQ(objChannel.getSensorStatus(), 1);
-    // The channel still takes writes and stores them whole.
-    EXPECT_EQ(objChannel.setParameter(34, 77, true), 0);
-    EXPECT_TRUE(objChannel.getParameter(34, nValue));
+    c.setParamMode(1);
+    constexpr u32 kBusyBits =
+        Access::resettingBit() | Access::resettingLastBit() | Access::switchingBit();
+    EXPECT_EQ(Access::state(c) & kBusyBits, 0u) << "a switch or reset bit was left set";
+    EXPECT_GE(Access::curScheme(c), 0);
+    EXPECT_LE(static_cast<u32>(Access::curScheme(c)), Access::schemeSum(c));
+    EXPECT_TRUE(c.getParameter(34, nValue));
+    EXPECT_EQ(c.getSensorStatus(), 1);
+    // The channel still takes writes and stores them whole, and its thread
+    // still follows the light: night selects scheme 1, day scheme 0.
+    EXPECT_EQ(c.setParameter(34, 77, true), 0);
+    EXPECT_TRUE(c.getParameter(34, nValue));
     EXPECT_EQ(nValue, 77);
-    // And its thread still follows the light: night selects scheme 1, day scheme 0.
-    int nNow = -1;
-    objDevice.isp().setLightLevel(0, 0);
-    EXPECT_TRUE(eventually([&] { return objChannel.getParamScheme(nNow) && nNow == 1; }));
-    objDevice.isp().setLightLevel(0, 1000);
-    EXPECT_TRUE(eventually([&] { return objChannel.getParamScheme(nNow) && nNow == 0; }));
+    objDevice.isp().setLightLevel(0, kNight);
+    EXPECT_TRUE(eventually([&] { return isScheme(c, 1); }));
+    objDevice.isp().setLightLevel(0, kDay);
+    EXPECT_TRUE(eventually([&] { return isScheme(c, 0); }));
 }
 
 // A host that calls the channel back to back must not hold off the sensor
 // thread's scheme switch, and the thread's lock must deadlock neither with a
 // reset (which stops the thread while holding the lock) nor with a host video
 // module that waits for another host call into the channel.
-constexpr int kDay = 1000;
-constexpr int kNight = 0;
-constexpr int kNightBrightness = 77;
-// How long a host video module waits for a host call before giving up.
-constexpr auto kBound = std::chrono::seconds(20);
-
-// Host threads calling p_fnCall back to back until the object goes.
-class HostLoad {
-public:
-    HostLoad(int p_nThreads, const std::function<void(int)>& p_fnCall) {
-        for (int t = 0; t < p_nThreads; ++t) {
-            m_vecThreads.emplace_back([this, p_fnCall] {
-                for (int i = 0; !m_bStop; ++i) {
-                    p_fnCall(i);
-                }
-            });
-        }
-    }
-    ~HostLoad() {
-        m_bStop = true;
-        for (std::thread& objThread : m_vecThreads) {
-            objThread.join();
-        }
-    }
-
-private:
-    std::atomic<bool> m_bStop{false};
-    std::vector<std::thread> m_vecThreads;
-};
 
 // Day/night policy, scheme 1 with a brightness of its own, daylight: night
 // shows on the ISP as scheme 1's brightness.
@@ -198,18 +170,16 @@ private:
     std::atomic<long long> m_nSeenAt{-1};
 };
 
-struct LoadCase {
-    const char* szName;
-    int nThreads;
-    std::function<void(ISensorController&, int)> fnCall;
-};
-
 TEST(BusyHostTest, TheAutomaticSwitchComesWithinTwoPassesUnderAnyHostLoad) {
-    const LoadCase kLoads[] = {
+    const struct {
+        const char* szName;
+        int nThreads;
+        std::function<void(ISensorController&, int)> fnCall;
+    } kLoads[] = {
         {"two threads setting and getting", 2,
          [](ISensorController& c, int i) {
-             c.setParameter(2337, i % 256, true);
              int nValue = 0;
+             c.setParameter(2337, i % 256, true);
              c.getParameter(2337, nValue);
          }},
         {"one thread reading everything", 1,
@@ -218,101 +188,95 @@ TEST(BusyHostTest, TheAutomaticSwitchComesWithinTwoPassesUnderAnyHostLoad) {
              c.getAllParameters(strAll);
          }},
     };
-    for (const LoadCase& stLoad : kLoads) {
+    for (const auto& stLoad : kLoads) {
         SCOPED_TRACE(stLoad.szName);
         SampleDevice objDevice("ipc");
-        CaptureStdout();
+        Quiet objQuiet;
         ISensorController& c = dayNightChannel(objDevice);
         auto pClock = std::make_shared<WatchingClock>([&] { return nightApplied(objDevice); });
         installClock(pClock);
-        HostLoad objLoad(stLoad.nThreads, [&](int i) { stLoad.fnCall(c, i); });
+        std::atomic<bool> bStop{false};
+        std::vector<std::thread> vecLoad;
+        for (int t = 0; t < stLoad.nThreads; ++t) {
+            vecLoad.emplace_back([&] {
+                for (int i = 0; !bStop; ++i) {
+                    stLoad.fnCall(c, i);
+                }
+            });
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(20)); // the load is on
         const long long nStart = pClock->elapsedUsec();
         objDevice.isp().setLightLevel(0, kNight);
         const bool bSwitched = eventually([&] { return pClock->seenAt() >= 0; });
-        GetCapturedStdout();
+        bStop = true;
+        for (std::thread& objThread : vecLoad) {
+            objThread.join();
+        }
         ASSERT_TRUE(bSwitched) << "no switch while the host is busy";
         // The pass in progress may have read the light just before it changed.
         EXPECT_LE(pClock->seenAt() - nStart, 2'000'000) << "passes (1 s each) before the switch";
     }
 }
 
-// A host video module that, for notices made on the sensor thread, waits
-// until another host thread has finished a call into the channel.
+// A host video module that, for the first mirror notice once armed (made on
+// the sensor thread during the switch), waits until the test has finished a
+// host call into the channel.
 class WaitingVideo : public AcceptingVideoModule {
 public:
     int notifyParamChange(int, int p_nKey, int) const override {
-        if (!m_bArmed || p_nKey != static_cast<int>(KEY_MIRROR)) {
-            return 0;
+        if (p_nKey == static_cast<int>(KEY_MIRROR) && m_bArmed.exchange(false)) {
+            m_objWaiting.set_value();
+            m_bTimedOut = m_futHostCallDone.wait_for(kBound) == std::future_status::timeout;
         }
-        std::unique_lock<std::mutex> objLock(m_mutex);
-        m_bWaiting = true;
-        m_cv.notify_all();
-        m_bTimedOut = !m_cv.wait_for(objLock, kBound, [this] { return m_bHostCallDone; });
         return 0;
     }
-    void arm() { m_bArmed = true; }
-    // Waits for the notice, then makes p_fnCall and lets the notice return.
-    void callWhileNoticePending(const std::function<void()>& p_fnCall) {
-        {
-            std::unique_lock<std::mutex> objLock(m_mutex);
-            m_cv.wait_for(objLock, kBound, [this] { return m_bWaiting; });
-        }
-        p_fnCall();
-        std::lock_guard<std::mutex> objLock(m_mutex);
-        m_bHostCallDone = true;
-        m_cv.notify_all();
-    }
-    bool timedOut() const {
-        std::lock_guard<std::mutex> objLock(m_mutex);
-        return m_bTimedOut;
-    }
 
-private:
-    std::atomic<bool> m_bArmed{false};
-    mutable std::mutex m_mutex;
-    mutable std::condition_variable m_cv;
-    mutable bool m_bWaiting = false;
-    mutable bool m_bHostCallDone = false;
-    mutable bool m_bTimedOut = false;
+    mutable std::atomic<bool> m_bArmed{false};
+    mutable std::atomic<bool> m_bTimedOut{false};
+    mutable std::promise<void> m_objWaiting;
+    std::promise<void> m_objHostCallDone;
+    std::shared_future<void> m_futHostCallDone = m_objHostCallDone.get_future().share();
 };
 
 TEST(BusyHostTest, AVideoModuleWaitingForAHostCallDoesNotDeadlockTheSwitch) {
     WaitingVideo objVideo;
     SampleDevice objDevice("ipc");
-    CaptureStdout();
+    Quiet objQuiet;
     ISensorController& c = dayNightChannel(objDevice, &objVideo);
-    objVideo.arm();
+    objVideo.m_bArmed = true;
     objDevice.isp().setLightLevel(0, kNight);
-    objVideo.callWhileNoticePending([&] {
-        int nValue = 0;
-        EXPECT_TRUE(c.getParameter(KEY_BRIGHTNESS, nValue));
-    });
+    objVideo.m_objWaiting.get_future().wait_for(kBound);
+    int nValue = 0;
+    EXPECT_TRUE(c.getParameter(KEY_BRIGHTNESS, nValue));
+    objVideo.m_objHostCallDone.set_value();
     EXPECT_TRUE(eventually([&] { return nightApplied(objDevice); }));
-    GetCapturedStdout();
-    EXPECT_FALSE(objVideo.timedOut()) << "the host call waited for the switch's lock";
+    EXPECT_FALSE(objVideo.m_bTimedOut) << "the host call waited for the switch's lock";
     EXPECT_EQ(objDevice.isp().getValue(0, KEY_MIRROR), 1);
 }
 
 TEST(BusyHostTest, ResetsAndRestartsUnderLoadWhileTheThreadSwitchesEndCleanly) {
     SampleDevice objDevice("ipc");
-    CaptureStdout();
+    Quiet objQuiet;
     ISensorController& c = dayNightChannel(objDevice);
-    {
-        HostLoad objLoad(2, [&](int i) {
+    std::atomic<bool> bStop{false};
+    const auto load = [&] {
+        for (int i = 0; !bStop; ++i) {
             c.setParameter(2337, i % 256, true);
             objDevice.isp().setLightLevel(0, i % 2 == 0 ? kNight : kDay);
-        });
-        for (int i = 0; i < 4; ++i) {
-            EXPECT_TRUE(c.resetParameters());
         }
+    };
+    std::thread objLoad1(load);
+    std::thread objLoad2(load);
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_TRUE(c.resetParameters());
     }
+    bStop = true;
+    objLoad1.join();
+    objLoad2.join();
     // A reset brings back the factory policy: none. Day/night again, at night.
     objDevice.isp().setLightLevel(0, kNight);
     c.setParameter(KEY_SCHEME_MODE, 2, true);
-    int nScheme = -1;
-    EXPECT_TRUE(eventually([&] { return c.getParamScheme(nScheme) && nScheme == 1; }));
-    GetCapturedStdout();
+    EXPECT_TRUE(eventually([&] { return isScheme(c, 1); }));
 }
 
 // Channel 1's passes run on the test thread (its own thread is stopped), so
@@ -321,11 +285,11 @@ TEST(BusyHostTest, ResetsAndRestartsUnderLoadWhileTheThreadSwitchesEndCleanly) {
 // pass must leave it in the mailbox for the next pass, not empty it unserved.
 TEST(MailboxTest, EveryRequestPostedOnTheThermalChannelIsCarriedOutByChannelOne) {
     SampleDevice objDevice("thermal");
-    CaptureStdout();
+    Quiet objQuiet;
     ISensorController& objVisual = objDevice.bringUp(1);
     ISensorController& objThermal = objDevice.bringUp(2);
-    ASSERT_TRUE(ISensorControllerTestAccess::hasLens(objVisual));
-    ASSERT_TRUE(ISensorControllerTestAccess::stopThread(objVisual));
+    ASSERT_TRUE(Access::hasLens(objVisual));
+    ASSERT_TRUE(Access::stopThread(objVisual));
     objVisual.sensorThread(); // serves what the thermal channel's init posted
     const std::optional<int32_t> nThermalZoom = objDevice.isp().getValue(1, 1568);
     const auto post = [&](int p_nZoom) {
@@ -347,33 +311,25 @@ TEST(MailboxTest, EveryRequestPostedOnTheThermalChannelIsCarriedOutByChannelOne)
         EXPECT_EQ(objDevice.isp().getValue(0, 1568), nZoom) << "request lost";
     }
     objDevice.isp().setCallHook(nullptr);
-    GetCapturedStdout();
     EXPECT_EQ(ISensorController::m_nChanneldDosomething, -1);
     EXPECT_EQ(ISensorController::m_nPassKeycmd, -1);
     EXPECT_EQ(objDevice.isp().getValue(1, 1568), nThermalZoom)
         << "the thermal channel's lens never moves for the request";
 }
 
-// Each line is "<tag> w<writer> n<number> <filler>"; a torn or merged line
-// does not match.
-const std::regex kLine(R"(tag w(\d+) n(\d+) x+)");
-
-// Calls p_fnLine(writer, number) for each line of the file; a torn line fails.
-template <class OnLine> void forEachLine(const std::string& p_strHostPath, OnLine p_fnLine) {
-    std::ifstream in(p_strHostPath);
-    for (std::string strLine; std::getline(in, strLine);) {
-        std::smatch m;
-        ASSERT_TRUE(std::regex_match(strLine, m, kLine)) << "torn line: " << strLine;
-        p_fnLine(std::stoi(m[1]), std::stoi(m[2]));
-    }
-}
-
-void writeFromLoggers(const std::string& p_strPath, int p_nMaxSize, int p_nWriters, int p_nLines) {
+// p_nWriters loggers on threads of their own write p_nLines lines each, as
+// "tag w<writer> n<number> <filler>"; then each writer's numbers are read back
+// from the file and its older generations, oldest first. A torn or merged
+// line fails.
+std::map<int, std::vector<int>> logByLoggers(int p_nMaxSize, int p_nWriters, int p_nLines,
+                                             int p_nGenerations) {
+    TempDeviceRoot objRoot;
+    const std::string strPath = "/mnt/mtd/log/SensorError.log";
     std::vector<std::function<void()>> vecBodies;
     for (int w = 0; w < p_nWriters; ++w) {
         vecBodies.push_back([=] {
             VXLogger objLogger;
-            ASSERT_TRUE(objLogger.init(p_strPath, p_nMaxSize, 3));
+            ASSERT_TRUE(objLogger.init(strPath, p_nMaxSize, 3));
             for (int n = 0; n < p_nLines; ++n) {
                 const std::string strText = "w" + std::to_string(w) + " n" + std::to_string(n) +
                                             " " + std::string(20 + (n * 7) % 60, 'x');
@@ -382,47 +338,46 @@ void writeFromLoggers(const std::string& p_strPath, int p_nMaxSize, int p_nWrite
         });
     }
     runThreads(vecBodies);
+    const std::regex kLine(R"(tag w(\d+) n(\d+) x+)");
+    std::map<int, std::vector<int>> mapNumbers;
+    for (int g = p_nGenerations; g >= 0; --g) {
+        const std::string strFile = strPath + (g == 0 ? "" : "." + std::to_string(g));
+        EXPECT_TRUE(objRoot.exists(strFile)) << strFile;
+        std::ifstream in(objRoot.hostPath(strFile));
+        for (std::string strLine; std::getline(in, strLine);) {
+            std::smatch m;
+            EXPECT_TRUE(std::regex_match(strLine, m, kLine)) << "torn line: " << strLine;
+            if (!m.empty()) {
+                mapNumbers[std::stoi(m[1])].push_back(std::stoi(m[2]));
+            }
+        }
+        if (g != 0) {
+            // A file is rotated by the write that takes it past the limit, and only then.
+            const auto nSize = std::filesystem::file_size(objRoot.hostPath(strFile));
+            EXPECT_GT(nSize, static_cast<std::uintmax_t>(p_nMaxSize)) << strFile;
+            EXPECT_LE(nSize, p_nMaxSize + 100u) << strFile << ": longer than the longest line";
+        }
+    }
+    EXPECT_FALSE(objRoot.exists(strPath + "." + std::to_string(p_nGenerations + 1)))
+        << "only " << p_nGenerations << " older files are kept";
+    return mapNumbers;
 }
 
 TEST(LoggerThreadsTest, SeveralLoggersOnOneFileKeepEveryLineWholeAndInOrder) {
-    TempDeviceRoot objRoot;
-    constexpr int kWriters = 6;
-    constexpr int kLines = 400;
-    writeFromLoggers("/mnt/mtd/log/SensorError.log", 1 << 30, kWriters, kLines);
-
-    std::map<int, int> mapNext;
-    forEachLine(objRoot.hostPath("/mnt/mtd/log/SensorError.log"), [&](int nWriter, int nNumber) {
-        EXPECT_EQ(nNumber, mapNext[nWriter]++) << "writer " << nWriter;
-    });
-    for (int w = 0; w < kWriters; ++w) {
-        EXPECT_EQ(mapNext[w], kLines) << "lines of writer " << w;
+    const auto mapNumbers = logByLoggers(1 << 30, 6, 400, 0);
+    ASSERT_EQ(mapNumbers.size(), 6u);
+    for (const auto& [nWriter, vecNumbers] : mapNumbers) {
+        std::vector<int> vecAll(400);
+        std::iota(vecAll.begin(), vecAll.end(), 0);
+        EXPECT_EQ(vecNumbers, vecAll) << "writer " << nWriter;
     }
 }
 
 TEST(LoggerThreadsTest, RotationUnderSeveralLoggersLosesOnlyWholeOldLines) {
-    TempDeviceRoot objRoot;
-    constexpr int kMaxSize = 10240;
-    writeFromLoggers("/mnt/mtd/log/SensorError.log", kMaxSize, 4, 600);
-
-    const std::string strBase = objRoot.hostPath("/mnt/mtd/log/SensorError.log");
-    std::map<int, int> mapLast;
-    // Oldest file first, so each writer's numbers rise across the files.
-    for (const std::string& strFile : {strBase + ".3", strBase + ".2", strBase + ".1", strBase}) {
-        ASSERT_TRUE(std::filesystem::exists(strFile)) << strFile;
-        forEachLine(strFile, [&](int nWriter, int nNumber) {
-            auto it = mapLast.find(nWriter);
-            EXPECT_TRUE(it == mapLast.end() || nNumber > it->second)
-                << "writer " << nWriter << " line " << nNumber << " out of order in " << strFile;
-            mapLast[nWriter] = nNumber;
-        });
-    }
-    EXPECT_FALSE(std::filesystem::exists(strBase + ".4")) << "only three older files are kept";
-    // A file is rotated by the write that takes it past the limit, and only then.
-    constexpr std::uintmax_t kLongestLine = 100;
-    for (const char* szGeneration : {".1", ".2", ".3"}) {
-        const std::uintmax_t nSize = std::filesystem::file_size(strBase + szGeneration);
-        EXPECT_GT(nSize, static_cast<std::uintmax_t>(kMaxSize)) << szGeneration;
-        EXPECT_LE(nSize, kMaxSize + kLongestLine) << szGeneration;
+    for (const auto& [nWriter, vecNumbers] : logByLoggers(10240, 4, 600, 3)) {
+        EXPECT_TRUE(std::is_sorted(vecNumbers.begin(), vecNumbers.end()) &&
+                    std::adjacent_find(vecNumbers.begin(), vecNumbers.end()) == vecNumbers.end())
+            << "writer " << nWriter << "'s lines out of order across the files";
     }
 }
 

@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -26,7 +26,6 @@ namespace fs = std::filesystem;
 
 constexpr const char* FIXED_SET_FILE = "/mnt/mtd/code/config_file/sensor1_0.cfg";
 constexpr const char* CONFIG_DIR = "/mnt/mtd/code/config_file";
-constexpr const char* MERGED_STYLE_FILE = "/tmp/merge_style_ch1.xml";
 
 // Values chosen to catch every way a word can be laid out wrongly: each
 // byte position distinct, the sign bit of each byte, negative values stored
@@ -52,15 +51,10 @@ constexpr std::array<KeyVal, 16> FIXED_SET{{
 constexpr u32 FIXED_VERSION = 0x8402C301u;
 
 std::string goldenFile(const std::string& p_strName) {
-    std::ifstream in(fs::path(sourceDir()) / "tests" / "hardening" / "golden" / p_strName,
+    std::ifstream in(fs::path(sourceDir()) / "tests/hardening/golden" / p_strName,
                      std::ios::binary);
-    if (!in) {
-        ADD_FAILURE() << "cannot read golden file " << p_strName;
-        return {};
-    }
-    std::ostringstream content;
-    content << in.rdbuf();
-    return content.str();
+    EXPECT_TRUE(in) << "cannot read golden file " << p_strName;
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 u32 wordAt(const std::string& p_strBytes, size_t p_nOffset) {
@@ -89,7 +83,6 @@ TEST(FlashBytesTest, FixedSetAndStampAreTheKeptBytesAndReadBack) {
     TempDeviceRoot objRoot;
     ASSERT_EQ(SNS_SUCCESS, keyValToFile(FIXED_SET_FILE, FIXED_SET.data(), FIXED_SET.size()));
     ASSERT_EQ(0, setVersion(FIXED_VERSION));
-
     EXPECT_EQ(goldenFile("sensor_fixed.cfg"), objRoot.readFile(FIXED_SET_FILE));
     EXPECT_EQ(goldenFile("snsversion.cfg"), objRoot.readFile(SENSOR_VERSION_FILE));
 
@@ -102,7 +95,6 @@ TEST(FlashBytesTest, FixedSetAndStampAreTheKeptBytesAndReadBack) {
     u32 nVersion = 0;
     ASSERT_EQ(0, getVersion(&nVersion));
     EXPECT_EQ(FIXED_VERSION, nVersion);
-
     dumpFile(objRoot, FIXED_SET_FILE, "fixed");
     dumpFile(objRoot, SENSOR_VERSION_FILE, "fixed");
 }
@@ -117,7 +109,6 @@ TEST(FlashBytesTest, SampleDeviceStartUpWritesLittleEndianRecords) {
         EXPECT_EQ(1, objChannel.getSensorStatus());
         objChannel.uinit(); // its thread stopped: no write under way while the files are read
         const TempDeviceRoot& objRoot = objDevice.root();
-
         std::size_t nFiles = 0;
         for (const auto& entry : fs::directory_iterator(objRoot.hostPath(CONFIG_DIR))) {
             const std::string strFile =
@@ -137,8 +128,39 @@ TEST(FlashBytesTest, SampleDeviceStartUpWritesLittleEndianRecords) {
             dumpFile(objRoot, strFile, szDevice);
         }
         EXPECT_GT(nFiles, 0u);
-        dumpFile(objRoot, MERGED_STYLE_FILE, szDevice);
+        dumpFile(objRoot, "/tmp/merge_style_ch1.xml", szDevice);
     }
+}
+
+// The ipc camera's set keeps every record through a factory reset, a uinit and
+// init, and the next boot: the end of init hides LDC from the host's pages,
+// never from the set or its files.
+TEST(FlashBytesTest, TheIpcSetKeepsEveryRecordThroughResetsAndBoots) {
+    SampleDevice objDevice("ipc");
+    const auto fileBytes = [&objDevice](int p_nScheme) {
+        return objDevice.root()
+            .readFile("/mnt/mtd/code/config_file/sensor1_" + std::to_string(p_nScheme) + ".cfg")
+            .size();
+    };
+    ISensorController& c = objDevice.bringUp(1);
+    ASSERT_EQ(97u * 8, fileBytes(0));
+    c.resetParameters();
+    for (int s = 0; s < 4; ++s) {
+        EXPECT_EQ(97u * 8, fileBytes(s)) << "scheme " << s << " after the factory reset";
+    }
+    ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_BRIGHTNESS, 61, true));
+    ASSERT_EQ(SNS_SUCCESS, c.flush());
+    c.uinit();
+    objDevice.isp().clearLog();
+    ISensorController& d = objDevice.bringUp(1); // the next boot
+    int nBrightness = 0;
+    EXPECT_TRUE(d.getParameter(KEY_BRIGHTNESS, nBrightness));
+    EXPECT_EQ(61, nBrightness);
+    for (const IspSimulator::LogEntry& stEntry : objDevice.isp().log()) {
+        EXPECT_NE(0u, stEntry.cmd) << "a record of zeros reached the ISP";
+    }
+    ASSERT_EQ(SNS_SUCCESS, d.flush());
+    EXPECT_EQ(97u * 8, fileBytes(0));
 }
 
 } // namespace

@@ -58,18 +58,15 @@ TEST(FuzzRegressionTest, RecordCommandsReadTheirFirstWordAndWriteTheValueAndZero
 }
 
 // A text that ends inside a multi-byte UTF-8 character made the XML parser
-// step over the terminator and take what followed it in memory as more text.
-TEST(FuzzRegressionTest, AStyleEndingInsideAUtf8CharacterEndsAtItsTerminator) {
-    const char arrText[] = "<Style><Tab key=\"\xe8\xcb\0\"/></Style>";
+// step over the terminator and take what followed it in memory as more text;
+// as the module configuration file it is refused, and the parser stays inside
+// the file's bytes (the sanitizer builds check that).
+TEST(FuzzRegressionTest, TextsEndingInsideAUtf8CharacterEndAtTheirTerminator) {
     TiXmlDocumentEx objDoc;
-    EXPECT_FALSE(objDoc.LoadMem(arrText, TIXML_ENCODING_UTF8));
+    EXPECT_FALSE(objDoc.LoadMem("<Style><Tab key=\"\xe8\xcb\0\"/></Style>", TIXML_ENCODING_UTF8));
     EXPECT_EQ(objDoc.RootElement(), nullptr);
     EXPECT_TRUE(objDoc.LoadMem("<Style><Tab key=\"\xe8\xcb\x80\"/></Style>", TIXML_ENCODING_UTF8));
-}
 
-// The same text as the module configuration file: refused, and the parser
-// stays inside the file's bytes (the sanitizer builds check that).
-TEST(FuzzRegressionTest, AModuleConfigurationEndingInsideAUtf8CharacterIsRefused) {
     TempDeviceRoot objRoot;
     objRoot.writeFile(ModuleConfigureParser::kDevicePath,
                       "<?xml version=\"1.0\" encoding=\"UTF-8\"?><ModuleConfig><Module id=\"1\" "

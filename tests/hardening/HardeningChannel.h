@@ -3,12 +3,18 @@
 // pass without pausing), for the power-cut and concurrency tests.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "controller/ISensorController.h"
 #include "isp/IspSimulator.h"
+#include "platform/MachineInfo.h"
+#include "platform/ModuleConfigureParser.h"
+#include "platform/SystemInfoParser.h"
 #include "platform/VXClock.h"
 #include "platform/VideoStreamModule.h"
 #include "support/TestSupport.h"
@@ -20,31 +26,80 @@ class AcceptingVideoModule : public VideoStreamModule {
 public:
     int notifyParamChange(int, int, int) const override { return 0; }
     bool isBusy() const override { return false; }
-    int getAVStreamParams(std::vector<AVStreamParam>& out) const override;
-    int getLimitedFramesWDRModeParam(int, LimitedFramesWDRModeParam& out) const override;
+    int getAVStreamParams(std::vector<AVStreamParam>& out) const override {
+        out.clear();
+        return 0;
+    }
+    int getLimitedFramesWDRModeParam(int, LimitedFramesWDRModeParam& out) const override {
+        out = LimitedFramesWDRModeParam();
+        out.setLimitFramesModeId(1);
+        return 0;
+    }
 };
 
 // p_nDepth nested elements: "<a><a>...</a></a>".
-std::string nestedXml(int p_nDepth);
+inline std::string nestedXml(int p_nDepth) {
+    std::string strOpen;
+    std::string strClose;
+    for (int i = 0; i < p_nDepth; ++i) {
+        strOpen += "<a>";
+        strClose += "</a>";
+    }
+    return strOpen + strClose;
+}
 
 class SampleDevice {
 public:
     // Copies devices/<name> into a fresh root and loads its ISP profile.
-    explicit SampleDevice(const std::string& p_strName);
-    ~SampleDevice();
+    explicit SampleDevice(const std::string& p_strName) {
+        const std::filesystem::path src =
+            std::filesystem::path(sourceDir()) / "devices" / p_strName;
+        std::filesystem::copy(src, m_objRoot.path(),
+                              std::filesystem::copy_options::recursive |
+                                  std::filesystem::copy_options::overwrite_existing);
+        std::string strError;
+        EXPECT_TRUE(isp().loadProfile((src / "isp_profile.xml").string(), &strError)) << strError;
+        isp().reset();
+        installClock(m_pClock);
+        ISensorController::m_nChanneldDosomething = -1;
+        ISensorController::m_nPassKeycmd = -1;
+    }
+    ~SampleDevice() {
+        for (auto& pChannel : m_vecChannels) {
+            pChannel->uinit();
+        }
+        m_vecChannels.clear();
+        installClock(nullptr);
+        isp().loadDefaultProfile();
+    }
     SampleDevice(const SampleDevice&) = delete;
     SampleDevice& operator=(const SampleDevice&) = delete;
 
     // Construct, channel, video module (this device's own unless one is
     // given), init: the channel's thread runs.
-    ISensorController& bringUp(int p_nChannel, const VideoStreamModule* p_pVideo = nullptr);
+    ISensorController& bringUp(int p_nChannel, const VideoStreamModule* p_pVideo = nullptr) {
+        MachineInfo objMachine;
+        SystemInfoParser::parseMachineInfo("/mnt/mtd/code/factory_setting/machineinfo.ini",
+                                           objMachine);
+        std::vector<ModuleConfigure> vecModules;
+        ModuleConfigureParser::parse(ModuleConfigureParser::kDevicePath,
+                                     objMachine.getHardwareModel(), objMachine.getHardwareCode(),
+                                     vecModules);
+        EXPECT_FALSE(vecModules.empty());
+        vecModules.resize(std::max<std::size_t>(vecModules.size(), 1)); // empty: a default one
+        auto pChannel = std::make_unique<ISensorController>();
+        pChannel->setChannelID(p_nChannel);
+        pChannel->setVideoStreamModule(p_pVideo != nullptr ? p_pVideo : &m_objVideo);
+        pChannel->init(vecModules[std::min<std::size_t>(p_nChannel - 1, vecModules.size() - 1)]);
+        m_vecChannels.push_back(std::move(pChannel));
+        return *m_vecChannels.back();
+    }
     const TempDeviceRoot& root() const { return m_objRoot; }
-    VirtualClock& clock() const { return *m_pClock; }
     IspSimulator& isp() const { return IspSimulator::instance(); }
 
 private:
     TempDeviceRoot m_objRoot;
-    std::shared_ptr<VirtualClock> m_pClock;
+    std::shared_ptr<VirtualClock> m_pClock = std::make_shared<VirtualClock>();
     AcceptingVideoModule m_objVideo;
     std::vector<std::unique_ptr<ISensorController>> m_vecChannels;
 };

@@ -25,11 +25,8 @@ namespace fs = std::filesystem;
 
 constexpr int kSchemes = 4;
 constexpr u32 kRecords = 150;
-constexpr int kKills = 200;
-// The two versions differ in every value past the scheme controls, which the
-// flush validates and which therefore stay as they are.
+constexpr u32 kFirstFlipped = 5; // past the scheme controls
 constexpr u32 kValueFlip = 0x00FF00FFu;
-constexpr u32 kFirstFlippedRecord = 5;
 constexpr u32 kStampFlip = 0x1u;
 
 std::string schemeFile(int p_nScheme) {
@@ -37,20 +34,16 @@ std::string schemeFile(int p_nScheme) {
 }
 
 // The scheme controls (8000..8004, a whole-day window) followed by ordinary
-// parameters, each scheme with values of its own.
-std::vector<KeyVal> initialSet(int p_nScheme) {
+// parameters, each scheme with values of its own; the flipped version differs
+// in every value past the scheme controls, which the flush validates and which
+// therefore stay as they are.
+std::vector<KeyVal> schemeSet(int p_nScheme, bool p_bFlipped = false) {
     std::vector<KeyVal> vecSet = {{8000, 0}, {8001, 0}, {8002, 0}, {8003, 24}, {8004, 0}};
-    for (u32 i = static_cast<u32>(vecSet.size()); i < kRecords; ++i) {
-        vecSet.push_back({100 + i, 1000 * static_cast<u32>(p_nScheme) + i});
+    for (u32 i = kFirstFlipped; i < kRecords; ++i) {
+        vecSet.push_back(
+            {100 + i, (1000 * static_cast<u32>(p_nScheme) + i) ^ (p_bFlipped ? kValueFlip : 0u)});
     }
     return vecSet;
-}
-
-std::vector<KeyVal> flipped(std::vector<KeyVal> p_vecSet) {
-    for (u32 i = kFirstFlippedRecord; i < p_vecSet.size(); ++i) {
-        p_vecSet[i].value ^= kValueFlip;
-    }
-    return p_vecSet;
 }
 
 std::string bytesOf(const std::vector<KeyVal>& p_vecSet) {
@@ -77,104 +70,82 @@ std::string stampBytes(u32 p_nStamp) {
     for (int i = 0; i < kSchemes; ++i) {
         keyValFromFile(schemeFile(i).c_str(), vecNow[i].data(), kRecords);
     }
-    vecNow[kSchemes] = initialSet(kSchemes); // factory row, never written
+    vecNow[kSchemes] = schemeSet(kSchemes); // factory row, never written
     std::vector<std::vector<KeyVal>> vecOther = vecNow;
     for (int i = 0; i < kSchemes; ++i) {
-        vecOther[i] = flipped(vecNow[i]);
+        for (u32 r = kFirstFlipped; r < kRecords; ++r) {
+            vecOther[i][r].value ^= kValueFlip;
+        }
     }
     u32 nStamp = 0;
     getVersion(&nStamp);
-
     ISensorController objController;
     objController.setChannelID(1);
-    const char cReady = 'r';
-    if (::write(p_nReadyFd, &cReady, 1) != 1) {
+    if (::write(p_nReadyFd, "r", 1) != 1) {
         ::_exit(2);
     }
     for (unsigned nRound = 1;; ++nRound) {
-        const auto& vecSets = (nRound % 2 != 0) ? vecOther : vecNow;
-        ISensorControllerTestAccess::installSets(objController, vecSets, 0);
+        ISensorControllerTestAccess::installSets(objController, nRound % 2 ? vecOther : vecNow, 0);
         for (int i = 0; i < kSchemes; ++i) {
             ISensorControllerTestAccess::setCurScheme(objController, i);
             if (objController.flush() != 0) {
                 ::_exit(3);
             }
         }
-        setVersion(nStamp ^ ((nRound % 2 != 0) ? kStampFlip : 0));
+        setVersion(nStamp ^ (nRound % 2 ? kStampFlip : 0));
     }
 }
 
-class PowerCutTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        for (int i = 0; i < kSchemes; ++i) {
-            m_vecOld.push_back(bytesOf(initialSet(i)));
-            m_vecNew.push_back(bytesOf(flipped(initialSet(i))));
-            m_objRoot.writeFile(schemeFile(i), m_vecOld.back());
-        }
-        m_objRoot.writeFile(SENSOR_VERSION_FILE, stampBytes(8));
-    }
-
-    // Starts a writer, lets it run for p_nDelayUsec after it is ready, kills it.
-    void runAndKill(long p_nDelayUsec) {
-        int arrPipe[2];
-        ASSERT_EQ(::pipe(arrPipe), 0);
-        const pid_t nChild = ::fork();
-        ASSERT_GE(nChild, 0);
-        if (nChild == 0) {
-            ::close(arrPipe[0]);
-            writerChild(arrPipe[1]);
-        }
-        ::close(arrPipe[1]);
-        char cReady = 0;
-        ASSERT_EQ(::read(arrPipe[0], &cReady, 1), 1) << "the writer died before it was ready";
+// Starts a writer, lets it run for p_nDelayUsec after it is ready, kills it.
+void runAndKill(long p_nDelayUsec) {
+    int arrPipe[2];
+    ASSERT_EQ(::pipe(arrPipe), 0);
+    const pid_t nChild = ::fork();
+    ASSERT_GE(nChild, 0);
+    if (nChild == 0) {
         ::close(arrPipe[0]);
-        std::this_thread::sleep_for(std::chrono::microseconds(p_nDelayUsec));
-        ASSERT_EQ(::kill(nChild, SIGKILL), 0);
-        int nStatus = 0;
-        ASSERT_EQ(::waitpid(nChild, &nStatus, 0), nChild);
-        ASSERT_TRUE(WIFSIGNALED(nStatus) && WTERMSIG(nStatus) == SIGKILL)
-            << "the writer stopped by itself, status " << nStatus;
+        writerChild(arrPipe[1]);
     }
+    ::close(arrPipe[1]);
+    char cReady = 0;
+    ASSERT_EQ(::read(arrPipe[0], &cReady, 1), 1) << "the writer died before it was ready";
+    ::close(arrPipe[0]);
+    std::this_thread::sleep_for(std::chrono::microseconds(p_nDelayUsec));
+    ASSERT_EQ(::kill(nChild, SIGKILL), 0);
+    int nStatus = 0;
+    ASSERT_EQ(::waitpid(nChild, &nStatus, 0), nChild);
+    ASSERT_TRUE(WIFSIGNALED(nStatus) && WTERMSIG(nStatus) == SIGKILL)
+        << "the writer stopped by itself, status " << nStatus;
+}
 
-    // Temporary files of writes the kill interrupted; removed, counted.
-    int removeLeftovers() {
-        int nFound = 0;
-        const fs::path dir = m_objRoot.hostPath("/mnt/mtd/code/config_file");
-        for (const fs::directory_entry& entry : fs::directory_iterator(dir)) {
-            if (entry.path().filename().string().rfind(".", 0) == 0) {
-                fs::remove(entry.path());
-                ++nFound;
-            }
-        }
-        return nFound;
+TEST(PowerCutTest, EveryFileIsTheOldOrTheNewVersionAfterEachKill) {
+    TempDeviceRoot objRoot;
+    for (int i = 0; i < kSchemes; ++i) {
+        objRoot.writeFile(schemeFile(i), bytesOf(schemeSet(i)));
     }
-
-    TempDeviceRoot m_objRoot;
-    std::vector<std::string> m_vecOld;
-    std::vector<std::string> m_vecNew;
-};
-
-TEST_F(PowerCutTest, EveryFileIsTheOldOrTheNewVersionAfterEachKill) {
+    objRoot.writeFile(SENSOR_VERSION_FILE, stampBytes(8));
     std::mt19937 objRandom(20240101);
     // Mostly within a few write rounds, now and then right away or later.
     std::uniform_int_distribution<long> objDelay(0, 12000);
     int nInterruptedWrites = 0;
-    for (int nKill = 0; nKill < kKills; ++nKill) {
-        runAndKill(objDelay(objRandom));
-        if (HasFatalFailure()) {
-            return;
-        }
+    for (int nKill = 0; nKill < 200; ++nKill) {
+        ASSERT_NO_FATAL_FAILURE(runAndKill(objDelay(objRandom)));
         for (int i = 0; i < kSchemes; ++i) {
-            const std::string strNow = m_objRoot.readFile(schemeFile(i));
+            const std::string strNow = objRoot.readFile(schemeFile(i));
             ASSERT_EQ(strNow.size(), 8u * kRecords) << "scheme " << i << " after kill " << nKill;
-            ASSERT_TRUE(strNow == m_vecOld[i] || strNow == m_vecNew[i])
+            ASSERT_TRUE(strNow == bytesOf(schemeSet(i)) || strNow == bytesOf(schemeSet(i, true)))
                 << "scheme " << i << " mixes versions after kill " << nKill;
         }
-        const std::string strStamp = m_objRoot.readFile(SENSOR_VERSION_FILE);
+        const std::string strStamp = objRoot.readFile(SENSOR_VERSION_FILE);
         ASSERT_TRUE(strStamp == stampBytes(8) || strStamp == stampBytes(8 ^ kStampFlip))
             << "stamp after kill " << nKill;
-        nInterruptedWrites += removeLeftovers();
+        // Temporary files of writes the kill interrupted: removed, counted.
+        for (const auto& entry :
+             fs::directory_iterator(objRoot.hostPath("/mnt/mtd/code/config_file"))) {
+            if (entry.path().filename().string().rfind(".", 0) == 0) {
+                nInterruptedWrites += fs::remove(entry.path()) ? 1 : 0;
+            }
+        }
     }
     // Proof that the kills met writes in progress, not only idle moments.
     EXPECT_GT(nInterruptedWrites, 0);

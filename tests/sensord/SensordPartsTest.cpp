@@ -36,13 +36,6 @@ std::string nonceOf(const std::string& p_strChallenge) {
     return p_strChallenge.substr(nStart, p_strChallenge.find('"', nStart) - nStart);
 }
 
-StyleControl slider(int p_nMin, int p_nMax) {
-    StyleControl stControl;
-    stControl.nMin = p_nMin;
-    stControl.nMax = p_nMax;
-    return stControl;
-}
-
 StyleControl list(std::vector<int> p_vecItems, std::vector<std::string> p_vecNames) {
     StyleControl stControl;
     stControl.vecItems = std::move(p_vecItems);
@@ -138,7 +131,9 @@ TEST(SensordMapping, ValuesConvertBothWaysWithinTheControl) {
     const OnvifField& stLevel = *findSettingField("Brightness");
     const OnvifField& stIrCut = *findSettingField("IrCutFilter");
     const OnvifField& stExposure = *findSettingField("Exposure/MaxExposureTime");
-    const StyleControl stSlider = slider(0, 100);
+    StyleControl stSlider;
+    stSlider.nMin = 0;
+    stSlider.nMax = 100;
     const StyleControl stDayNight = list({0, 1, 2}, {"Auto", "Day", "Night"});
     const StyleControl stShutter = list({1, 4, 6}, {"1/25", "1/150", "1/250"});
     const struct {
@@ -182,19 +177,15 @@ TEST(SensordMapping, ValuesConvertBothWaysWithinTheControl) {
               std::vector<std::string>{"AUTO"});
     int nValue = 0;
     EXPECT_FALSE(toModule(stIrCut, list({0, 3}, {"Auto", "Timed"}), "ON", nValue, strText));
-    double dMin = 0;
-    double dMax = 0;
+    double dMin = 0, dMax = 0;
     ASSERT_TRUE(fieldRange(stExposure, stShutter, dMin, dMax));
     EXPECT_EQ(std::make_pair(dMin, dMax), std::make_pair(4000.0, 40000.0));
 }
 
 TEST(SensordSoap, RequestsAreBoundedAndFaultsAreWellFormed) {
-    const std::string strEnvelope =
-        "<s:Envelope xmlns:s=\"http://www.w3.org/2003/05/soap-envelope\"><s:Body>%</s:Body>"
-        "</s:Envelope>";
-    const auto envelope = [&strEnvelope](const std::string& p_strBody) {
-        std::string strText = strEnvelope;
-        return strText.replace(strText.find('%'), 1, p_strBody);
+    const auto envelope = [](const std::string& p_strBody) {
+        return "<s:Envelope xmlns:s=\"http://www.w3.org/2003/05/soap-envelope\"><s:Body>" +
+               p_strBody + "</s:Body></s:Envelope>";
     };
     const struct {
         std::string strText;

@@ -49,18 +49,14 @@ const md5 = (text) => crypto.createHash('md5').update(text).digest('hex');
 // One client's HTTP Digest state: the server's nonce is kept and reused with
 // a rising count, as browsers do.
 class DigestClient {
-  constructor(base, password = PASSWORD) {
-    this.base = base;
-    this.password = password;
-    this.agent = new http.Agent({ keepAlive: true, maxSockets: 1 });
-    this.nonce = null;
-    this.nc = 0;
+  constructor(base) {
+    Object.assign(this, { base, nonce: null, nc: 0, agent: new http.Agent({ keepAlive: true, maxSockets: 1 }) });
   }
 
   authorization(method, uri) {
     const nc = (++this.nc).toString(16).padStart(8, '0');
     const cnonce = crypto.randomBytes(8).toString('hex');
-    const ha1 = md5(`${USER}:sensord:${this.password}`);
+    const ha1 = md5(`${USER}:sensord:${PASSWORD}`);
     const response = md5(`${ha1}:${this.nonce}:${nc}:${cnonce}:auth:${md5(`${method}:${uri}`)}`);
     return `Digest username="${USER}", realm="sensord", nonce="${this.nonce}", uri="${uri}", ` +
       `qop=auth, nc=${nc}, cnonce="${cnonce}", response="${response}", algorithm=MD5`;
@@ -79,24 +75,23 @@ class DigestClient {
   }
 
   async json(method, uri, value) {
-    const reply = await this.request(method, uri, value === undefined ? undefined : JSON.stringify(value),
-      value === undefined ? {} : { 'Content-Type': 'application/json' });
+    const reply = await this.request(method, uri, value && JSON.stringify(value),
+      value ? { 'Content-Type': 'application/json' } : {});
     return { status: reply.status, body: JSON.parse(reply.body) };
   }
 }
 
 function rawRequest(base, method, uri, body, headers = {}, agent = undefined) {
   return new Promise((resolve, reject) => {
-    const req = http.request(base + uri, { method, headers, agent, timeout: 10000 }, (res) => {
-      let text = '';
+    const req = http.request(base + uri, { method, headers, agent, timeout: 10000 }, async (res) => {
       res.setEncoding('utf8');
-      res.on('data', (d) => { text += d; });
-      res.on('end', () => resolve({ status: res.statusCode, headers: res.headers, body: text }));
+      let text = '';
+      for await (const chunk of res) text += chunk;
+      resolve({ status: res.statusCode, headers: res.headers, body: text });
     });
     req.on('timeout', () => req.destroy(new Error('timed out')));
     req.on('error', reject);
-    if (body !== undefined) req.write(body);
-    req.end();
+    req.end(body);
   });
 }
 

@@ -1,4 +1,5 @@
-// Parameters through sensorctl on the ipc camera: sets, flash, text forms, bad input.
+// Parameters through sensorctl on the ipc camera: sets, flash, text forms, bad input,
+// and values a refused ISP command kept from the ISP.
 #include "SensorctlSession.h"
 
 #include <algorithm>
@@ -115,6 +116,17 @@ TEST_F(ParameterSessionTest, ResetsUndoUnsavedChangesOrGoBackToTheFactory) {
                     {"get brightness", Shows::Is, "  34 KEY_BRIGHTNESS = 61\n"},
                     {"get 34", Shows::Is, "  34 KEY_BRIGHTNESS = 50\n"},
                     {"flash 0 brightness", Shows::Has, "BRIGHTNESS = 50\n"}});
+}
+
+// The values a refused ISP command kept from the ISP are shown as pending until
+// the ISP accepts them again.
+TEST_F(ParameterSessionTest, ValuesARefusalKeptFromTheIspArePendingUntilSent) {
+    run("scheme 1\nset saturation 100\nflush\nscheme 0\nfail saturation set -1\nscheme 1\n"
+        "pending\nfail clear\nresetlast\npending\nisp saturation\n")
+        .expect(0, {{"pending", Shows::Has, "2337 KEY_SATURATION = 100 (pending)"},
+                    {"pending", Shows::Is,
+                     "  nothing pending: the ISP holds every value of the current scheme\n", 1},
+                    {"isp saturation", Shows::Has, "100"}});
 }
 
 } // namespace sensortest
