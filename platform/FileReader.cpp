@@ -9,6 +9,7 @@
 namespace {
 
 constexpr std::size_t kChunk = 64 * 1024;
+constexpr std::size_t kEndProbe = 64;
 
 ReadStatus statusOfMode(mode_t p_nMode) {
     if (S_ISREG(p_nMode)) {
@@ -51,10 +52,14 @@ private:
 };
 
 // Reads up to p_nMax bytes; false on an I/O error.
-bool readUpTo(int p_nFd, std::size_t p_nMax, std::string& p_strOut) {
+// Reads in chunks sized from what fstat said: a file that has not changed
+// since is read in one call, and its end is confirmed by a small read instead
+// of zero-filling another full chunk.
+bool readUpTo(int p_nFd, std::size_t p_nMax, std::size_t p_nExpected, std::string& p_strOut) {
+    std::size_t nChunk = p_nExpected + 1;
     while (p_strOut.size() < p_nMax) {
         const std::size_t nOld = p_strOut.size();
-        const std::size_t nWant = std::min(kChunk, p_nMax - nOld);
+        const std::size_t nWant = std::min(nChunk, p_nMax - nOld);
         p_strOut.resize(nOld + nWant);
         const ssize_t nGot = ::read(p_nFd, &p_strOut[nOld], nWant);
         if (nGot < 0 && errno == EINTR) {
@@ -68,6 +73,8 @@ bool readUpTo(int p_nFd, std::size_t p_nMax, std::string& p_strOut) {
         if (nGot == 0) {
             break;
         }
+        // A full chunk means the file grew: read on in large chunks.
+        nChunk = static_cast<std::size_t>(nGot) == nWant ? kChunk : kEndProbe;
     }
     return true;
 }
@@ -112,8 +119,8 @@ ReadStatus readHostFile(const std::string& p_strHostPath, std::size_t p_nCap, st
     // One byte past the cap tells a file that grew since fstat from one that
     // ends at the cap.
     const std::size_t nMax = bRefuse ? p_nCap + 1 : p_nCap;
-    p_strOut.reserve(std::min(nSize, nMax));
-    if (!readUpTo(objFd.get(), nMax, p_strOut)) {
+    p_strOut.reserve(std::min(nSize + 1 + kEndProbe, nMax));
+    if (!readUpTo(objFd.get(), nMax, nSize, p_strOut)) {
         p_strOut.clear();
         return ReadStatus::Unreadable;
     }
