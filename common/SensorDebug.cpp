@@ -94,16 +94,20 @@ private:
     VXLogger m_objLogger;
 };
 
-// Checks asked for and checks made, as counts: a check is due while they
-// differ, or when the device root changed since the last check. The first
-// check of a process is due from the start.
+// Requests are numbered; a check covers every request numbered before it
+// began. A thread's diagnostics wait for a check only while its own latest
+// request (its current host call or pass) is not covered yet, so threads
+// writing other channels do not drag each other into checks. Every thread
+// starts with the process's first request, due from the start. A change of
+// the device root makes a check due for every thread.
 std::atomic<unsigned> g_nMarkerRequests{1};
 std::atomic<unsigned> g_nMarkerChecked{0};
 std::atomic<unsigned> g_nCheckedRoot{0};
+thread_local unsigned t_nOwnRequest = 1;
 
 bool isMarkerCheckDue() {
-    return g_nMarkerChecked.load(std::memory_order_acquire) !=
-               g_nMarkerRequests.load(std::memory_order_acquire) ||
+    // Wrap-safe "checked < own request".
+    return static_cast<int>(t_nOwnRequest - g_nMarkerChecked.load(std::memory_order_acquire)) > 0 ||
            g_nCheckedRoot.load(std::memory_order_acquire) != DeviceRoot::generation();
 }
 // One check at a time; a diagnostic of another thread meanwhile waits for it
@@ -152,7 +156,7 @@ std::string nextMarkerLine(const std::string& p_strText, std::string::size_type&
 } // namespace
 
 void sensordiag::requestMarkerCheck() {
-    g_nMarkerRequests.fetch_add(1, std::memory_order_acq_rel);
+    t_nOwnRequest = g_nMarkerRequests.fetch_add(1, std::memory_order_acq_rel) + 1;
 }
 
 int sensordiag::debugLevel() {
