@@ -9,9 +9,6 @@
 
 #include "config/SensorXml.h"
 #include "isp/IspSimulator.h"
-#include "platform/MachineInfo.h"
-#include "platform/ModuleConfigureParser.h"
-#include "platform/SystemInfoParser.h"
 #include "platform/VXClock.h"
 
 namespace sensorbench {
@@ -107,11 +104,7 @@ BenchDevice::BenchDevice(const std::string& p_strName, int p_nStyleScale) {
     IspSimulator::instance().enableLog(false);
     installClock(std::make_shared<VirtualClock>());
 
-    MachineInfo objMachine;
-    SystemInfoParser::parseMachineInfo("/mnt/mtd/code/factory_setting/machineinfo.ini", objMachine);
-    std::vector<ModuleConfigure> vecModules;
-    ModuleConfigureParser::parse(ModuleConfigureParser::kDevicePath, objMachine.getHardwareModel(),
-                                 objMachine.getHardwareCode(), vecModules);
+    const std::vector<ModuleConfigure> vecModules = sensortest::deviceModules();
     if (vecModules.empty()) {
         std::fprintf(stderr, "device %s has no module for its machine\n", p_strName.c_str());
         std::abort();

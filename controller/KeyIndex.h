@@ -51,10 +51,10 @@ private:
     u32 m_nShift = 0;
 };
 
-// The scheme sets of a channel: rows of the same length, which normally hold
-// the same keys in the same order (every file is written from the factory
-// set). One index serves every row laid out like the factory row; a row read
-// from a file in another order is searched from the front instead.
+// The scheme sets of a channel: rows of the same length holding the factory
+// set's keys in its order (scheme files are loaded onto it by key). One index
+// serves every row laid out like the factory row; a row found laid out
+// otherwise is searched from the front rather than trusted to the index.
 class SchemeSetIndex {
 public:
     // p_ppRows[0..p_nRows) of p_nKeys records each; p_nLayoutRow is the row

@@ -6,9 +6,6 @@
 
 #include "controller/ISensorController.h"
 #include "isp/IspSimulator.h"
-#include "platform/MachineInfo.h"
-#include "platform/ModuleConfigureParser.h"
-#include "platform/SystemInfoParser.h"
 #include "platform/VXClock.h"
 #include "support/ControllerTestAccess.h"
 
@@ -81,11 +78,7 @@ void FuzzWorld::useSampleDevice(const std::string& p_strName) {
 }
 
 ModuleConfigure FuzzWorld::moduleFor(int p_nChannel) const {
-    MachineInfo objMachine;
-    SystemInfoParser::parseMachineInfo("/mnt/mtd/code/factory_setting/machineinfo.ini", objMachine);
-    std::vector<ModuleConfigure> vecModules;
-    ModuleConfigureParser::parse(ModuleConfigureParser::kDevicePath, objMachine.getHardwareModel(),
-                                 objMachine.getHardwareCode(), vecModules);
+    const std::vector<ModuleConfigure> vecModules = sensortest::deviceModules();
     if (vecModules.empty()) {
         return ModuleConfigure();
     }

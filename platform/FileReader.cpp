@@ -51,10 +51,9 @@ private:
     int m_nFd;
 };
 
-// Reads up to p_nMax bytes; false on an I/O error.
-// Reads in chunks sized from what fstat said: a file that has not changed
-// since is read in one call, and its end is confirmed by a small read instead
-// of zero-filling another full chunk.
+// Reads up to p_nMax bytes; false on an I/O error. Reads in chunks sized from what fstat said: a
+// file that has not changed since is read in one call, and its end is confirmed by a small read
+// instead of zero-filling another full chunk.
 bool readUpTo(int p_nFd, std::size_t p_nMax, std::size_t p_nExpected, std::string& p_strOut) {
     std::size_t nChunk = p_nExpected + 1;
     while (p_strOut.size() < p_nMax) {

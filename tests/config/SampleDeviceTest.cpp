@@ -11,9 +11,6 @@
 #include "config/SensorXml.h"
 #include "config/sensor.h"
 #include "controller/KeyCmdTable.h"
-#include "platform/MachineInfo.h"
-#include "platform/ModuleConfigureParser.h"
-#include "platform/SystemInfoParser.h"
 
 namespace configtest {
 namespace {
@@ -55,13 +52,7 @@ protected:
         std::string strError;
         EXPECT_TRUE(isp().loadProfile(deviceDir(p_strDevice) + "/isp_profile.xml", &strError))
             << strError;
-        MachineInfo objMachine;
-        SystemInfoParser::parseMachineInfo("/mnt/mtd/code/factory_setting/machineinfo.ini",
-                                           objMachine);
-        std::vector<ModuleConfigure> vecModules;
-        ModuleConfigureParser::parse(ModuleConfigureParser::kDevicePath,
-                                     objMachine.getHardwareModel(), objMachine.getHardwareCode(),
-                                     vecModules);
+        const std::vector<ModuleConfigure> vecModules = sensortest::deviceModules();
         EXPECT_GE(vecModules.size(), static_cast<std::size_t>(p_nChannel));
         ModuleConfigure objModule = vecModules.at(p_nChannel - 1);
         if (!p_strDetail.empty()) {

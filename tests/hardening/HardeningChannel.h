@@ -12,9 +12,6 @@
 
 #include "controller/ISensorController.h"
 #include "isp/IspSimulator.h"
-#include "platform/MachineInfo.h"
-#include "platform/ModuleConfigureParser.h"
-#include "platform/SystemInfoParser.h"
 #include "platform/VXClock.h"
 #include "platform/VideoStreamModule.h"
 #include "support/TestSupport.h"
@@ -78,13 +75,7 @@ public:
     // Construct, channel, video module (this device's own unless one is
     // given), init: the channel's thread runs.
     ISensorController& bringUp(int p_nChannel, const VideoStreamModule* p_pVideo = nullptr) {
-        MachineInfo objMachine;
-        SystemInfoParser::parseMachineInfo("/mnt/mtd/code/factory_setting/machineinfo.ini",
-                                           objMachine);
-        std::vector<ModuleConfigure> vecModules;
-        ModuleConfigureParser::parse(ModuleConfigureParser::kDevicePath,
-                                     objMachine.getHardwareModel(), objMachine.getHardwareCode(),
-                                     vecModules);
+        std::vector<ModuleConfigure> vecModules = deviceModules();
         EXPECT_FALSE(vecModules.empty());
         vecModules.resize(std::max<std::size_t>(vecModules.size(), 1)); // empty: a default one
         auto pChannel = std::make_unique<ISensorController>();

@@ -1,6 +1,9 @@
 #include "TestSupport.h"
 
 #include "platform/DeviceRoot.h"
+#include "platform/MachineInfo.h"
+#include "platform/ModuleConfigureParser.h"
+#include "platform/SystemInfoParser.h"
 
 #include <unistd.h>
 
@@ -137,6 +140,15 @@ std::string sourceDir() {
     }
     // This file is tests/support/TestSupport.cpp of the source tree.
     return fs::path(__FILE__).parent_path().parent_path().parent_path().string();
+}
+
+std::vector<ModuleConfigure> deviceModules() {
+    MachineInfo objMachine;
+    SystemInfoParser::parseMachineInfo("/mnt/mtd/code/factory_setting/machineinfo.ini", objMachine);
+    std::vector<ModuleConfigure> vecModules;
+    ModuleConfigureParser::parse(ModuleConfigureParser::kDevicePath, objMachine.getHardwareModel(),
+                                 objMachine.getHardwareCode(), vecModules);
+    return vecModules;
 }
 
 } // namespace sensortest

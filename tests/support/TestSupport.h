@@ -1,7 +1,10 @@
 // Helpers shared by the test executables.
 #pragma once
 
+#include "platform/ModuleConfigure.h"
+
 #include <string>
+#include <vector>
 
 namespace sensortest {
 
@@ -28,6 +31,10 @@ private:
 
 // The per-process directory that holds every temporary root.
 std::string scratchDir();
+
+// The modules the device under the current root configures for its machine,
+// read as a host reads them; empty when none matches.
+std::vector<ModuleConfigure> deviceModules();
 
 // The source tree, for tests that read the sample devices.
 std::string sourceDir();
