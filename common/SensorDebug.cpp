@@ -10,6 +10,7 @@
 #include <mutex>
 #include <string>
 
+#include "common/MarkerWatch.h"
 #include "platform/DeviceRoot.h"
 #include "platform/FileReader.h"
 #include "platform/InputLimits.h"
@@ -113,8 +114,12 @@ bool isMarkerCheckDue() {
 // One check at a time; a diagnostic of another thread meanwhile waits for it
 // rather than going on with the level from before the request.
 std::mutex g_markerMutex;
+// Whether the marker changed since it was read: a due check reads the file
+// only then. Used under g_markerMutex.
+MarkerWatch g_objMarkerWatch;
 
-// Reads the marker when a check is due; three atomic loads when none is.
+// Reads the marker when a check is due and the watch says it may have
+// changed; three atomic loads when no check is due.
 void refreshDebugLevel() {
     if (!isMarkerCheckDue()) {
         return;
@@ -127,7 +132,13 @@ void refreshDebugLevel() {
     // the next diagnostic read again.
     const unsigned nRequests = g_nMarkerRequests.load(std::memory_order_acquire);
     const unsigned nRoot = DeviceRoot::generation();
-    updateDebugLevel();
+    if (nRoot != g_nCheckedRoot.load(std::memory_order_acquire)) {
+        g_objMarkerWatch.forget(); // the marker is now another file
+    }
+    if (g_objMarkerWatch.mayHaveChanged()) {
+        g_objMarkerWatch.watch(DeviceRoot::resolve(sensordiag::DEBUG_SIGN_FILE));
+        updateDebugLevel();
+    }
     g_nMarkerChecked.store(nRequests, std::memory_order_release);
     g_nCheckedRoot.store(nRoot, std::memory_order_release);
 }

@@ -3,9 +3,11 @@
 // marker file "/tmp/Debug.sign". It is not looked at before every diagnostic
 // (a path lookup costs more than the rest of a parameter write): every host
 // call and every sensor-thread pass asks for one check (requestMarkerCheck),
-// and the first diagnostic after that request reads the file once. A change
-// to the file is so obeyed from the next host call or pass on, and a call or
-// pass without diagnostics touches no file at all.
+// and the first diagnostic after that request makes it. A check asks an
+// inotify watch on the marker and its directory (common/MarkerWatch.h) and
+// reads the file only when the watch saw it change, or when no watch can be
+// kept. A change to the file is so obeyed from the next host call or pass
+// on, and a call or pass without diagnostics touches no file at all.
 //
 // Every source file that uses the macros defines SNS_SOURCE_UNIT (the unit name
 // printed in headers, e.g. "ISensorController") before including this header.

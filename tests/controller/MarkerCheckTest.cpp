@@ -1,9 +1,12 @@
-// When the marker file "/tmp/Debug.sign" is read: once per host call and per
-// sensor-thread pass, at the first diagnostic after it began; a change
-// written while the module runs is obeyed from the next call or pass on,
-// never by diagnostics of a call already under way.
+// When the marker file "/tmp/Debug.sign" is looked at: once per host call and
+// per sensor-thread pass, at the first diagnostic after it began; a change
+// made while the module runs, in whatever way, is obeyed from the next call
+// or pass on, never by diagnostics of a call already under way.
 #include "ControllerFixture.h"
 
+#include <filesystem>
+#include <fstream>
+#include <functional>
 #include <memory>
 
 #include "common/SensorDebug.h"
@@ -41,6 +44,63 @@ TEST_F(MarkerCheckTest, ChangeIsObeyedFromTheNextHostCallOrPass) {
             setDebugLevel(nLevel);
             EXPECT_NE(sensordiag::debugLevel(), nLevel) << "read before any call began";
             fnBegin(ctl());
+            EXPECT_EQ(sensordiag::debugLevel(), nLevel);
+        }
+    }
+}
+
+// The watch on the marker sees it created, written in place, renamed into
+// place, written through a link in another directory, its directory made anew;
+// a marker that is a symbolic link is read at every check instead.
+TEST_F(MarkerCheckTest, EveryWayOfChangingTheMarkerIsObeyedFromTheNextCall) {
+    namespace fs = std::filesystem;
+    const fs::path objMarker = m_objRoot.hostPath("/tmp/Debug.sign");
+    const fs::path objOther = m_objRoot.hostPath("/mnt/mtd/level");
+    const auto write = [](const fs::path& p_objPath, int p_nLevel) {
+        std::ofstream(p_objPath, std::ios::trunc) << p_nLevel << "\n0\n";
+    };
+    const std::pair<const char*, std::function<void(int)>> aWays[] = {
+        {"in place", [&](int n) { write(objMarker, n); }},
+        {"renamed over",
+         [&](int n) {
+             write(objMarker.string() + ".new", n);
+             fs::rename(objMarker.string() + ".new", objMarker);
+         }},
+        {"through a hard link",
+         [&](int n) {
+             if (!fs::exists(objOther)) {
+                 write(objOther, 1);
+                 fs::create_hard_link(objOther, objMarker);
+             }
+             write(objOther, n);
+         }},
+        {"symbolic link's target",
+         [&](int n) {
+             if (!fs::is_symlink(objMarker)) {
+                 fs::remove(objMarker);
+                 fs::create_symlink(objOther, objMarker);
+             }
+             write(objOther, n);
+         }},
+        {"directory made anew", [&](int n) {
+             fs::remove_all(objMarker.parent_path());
+             fs::create_directories(objMarker.parent_path());
+             write(objMarker, n);
+         }}};
+    installAlike(makeSet("34=50"));
+    int nOut = 0;
+    for (const auto& [szWay, fnChange] : aWays) {
+        SCOPED_TRACE(szWay);
+        fs::remove(objOther);
+        fs::remove(objMarker); // no marker: level 1
+        fs::create_directories(objMarker.parent_path());
+        fs::create_directories(objOther.parent_path());
+        ctl().getParamMode(nOut);
+        ASSERT_EQ(sensordiag::debugLevel(), 1);
+        for (const int nLevel : {6, 2}) {
+            fnChange(nLevel);
+            EXPECT_NE(sensordiag::debugLevel(), nLevel) << "read before any call began";
+            ctl().getParamMode(nOut);
             EXPECT_EQ(sensordiag::debugLevel(), nLevel);
         }
     }
