@@ -6,50 +6,73 @@
 
 namespace {
 
-// The value of an option that takes one, or false when it is missing.
-bool takeValue(int argc, char** argv, int& p_nIndex, std::string& p_strValue) {
-    if (p_nIndex + 1 >= argc) {
-        return false;
+bool isDeviceOption(const std::string& p_strArg) {
+    return p_strArg == "--device" || p_strArg == "--root" || p_strArg == "--fresh" ||
+           p_strArg == "-h" || p_strArg == "--help";
+}
+
+void takeDeviceOption(const std::string& p_strArg, const std::string& p_strValue,
+                      DeviceOptions& p_stDevice) {
+    if (p_strArg == "--device") {
+        p_stDevice.strDevice = p_strValue;
+    } else if (p_strArg == "--root") {
+        p_stDevice.strRoot = p_strValue;
+    } else if (p_strArg == "--fresh") {
+        p_stDevice.bFresh = true;
+    } else {
+        p_stDevice.bHelp = true;
     }
-    p_strValue = argv[++p_nIndex];
-    return true;
 }
 
 } // namespace
 
-bool parseOptions(int argc, char** argv, Options& p_stOptions, std::string& p_strError) {
+bool walkOptions(int argc, char** argv, DeviceOptions& p_stDevice,
+                 std::initializer_list<OwnOption> p_lstOwn, const OptionTaker& p_fnTake,
+                 std::string& p_strError) {
     for (int i = 1; i < argc; ++i) {
         const std::string strArg = argv[i];
-        std::string strValue;
-        const bool bTakesValue = strArg == "--device" || strArg == "--root" ||
-                                 strArg == "--channel" || strArg == "--script" || strArg == "-c";
-        if (bTakesValue && !takeValue(argc, argv, i, strValue)) {
+        const OwnOption* pOwn = nullptr;
+        for (const OwnOption& stOwn : p_lstOwn) {
+            pOwn = stOwn.name == strArg ? &stOwn : pOwn;
+        }
+        const bool bDevice = isDeviceOption(strArg);
+        if (!bDevice && pOwn == nullptr) {
+            p_strError = "unknown option '" + strArg + "'";
+            return false;
+        }
+        const bool bTakesValue =
+            bDevice ? strArg == "--device" || strArg == "--root" : pOwn->bTakesValue;
+        if (bTakesValue && i + 1 >= argc) {
             p_strError = "option " + strArg + " needs a value";
             return false;
         }
-        if (strArg == "--device") {
-            p_stOptions.strDevice = strValue;
-        } else if (strArg == "--root") {
-            p_stOptions.strRoot = strValue;
-        } else if (strArg == "--channel") {
-            if (!parseInt(strValue, p_stOptions.nChannel)) {
-                p_strError = "--channel needs a channel number, not '" + strValue + "'";
-                return false;
-            }
-        } else if (strArg == "--script") {
-            p_stOptions.strScript = strValue;
-        } else if (strArg == "-c") {
-            p_stOptions.vecCommands.push_back(strValue);
-        } else if (strArg == "--fresh") {
-            p_stOptions.bFresh = true;
-        } else if (strArg == "-h" || strArg == "--help") {
-            p_stOptions.bHelp = true;
-        } else {
-            p_strError = "unknown option '" + strArg + "'";
+        const std::string strValue = bTakesValue ? argv[++i] : "";
+        if (bDevice) {
+            takeDeviceOption(strArg, strValue, p_stDevice);
+        } else if (!p_fnTake(strArg, strValue, p_strError)) {
             return false;
         }
     }
     return true;
+}
+
+bool parseOptions(int argc, char** argv, Options& p_stOptions, std::string& p_strError) {
+    return walkOptions(
+        argc, argv, p_stOptions, {{"--channel", true}, {"--script", true}, {"-c", true}},
+        [&p_stOptions](const std::string& p_strName, const std::string& p_strValue,
+                       std::string& p_strWhy) {
+            if (p_strName == "--channel" && !parseInt(p_strValue, p_stOptions.nChannel)) {
+                p_strWhy = "--channel needs a channel number, not '" + p_strValue + "'";
+                return false;
+            }
+            if (p_strName == "--script") {
+                p_stOptions.strScript = p_strValue;
+            } else if (p_strName == "-c") {
+                p_stOptions.vecCommands.push_back(p_strValue);
+            }
+            return true;
+        },
+        p_strError);
 }
 
 void printUsage() {

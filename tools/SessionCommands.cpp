@@ -4,13 +4,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <thread>
 
 #include "controller/ISensorController.h"
 #include "platform/DeviceRoot.h"
 #include "platform/FileReader.h"
 #include "platform/InputLimits.h"
+#include "platform/VXFile.h"
 #include "tools/ChannelHost.h"
 #include "tools/CommandHandlers.h"
 #include "tools/CommandLine.h"
@@ -145,13 +145,16 @@ bool cmdDebug(Session&, const CommandLine& p_objLine) {
                      p_objLine.arg(0).c_str(), DEBUG_LEVEL_MIN, DEBUG_LEVEL_MAX);
             return false;
         }
-        std::error_code ec;
-        std::filesystem::create_directories(std::filesystem::path(strPath).parent_path(), ec);
         // The second line is the abort switch; a tool that aborts on the
-        // first failed check would be no use, so it stays off.
-        std::ofstream objFile(strPath, std::ios::trunc);
-        objFile << nLevel << "\n0\n";
-        if (!objFile.flush()) {
+        // first failed check would be no use, so it stays off. The marker is
+        // replaced, never opened: whatever stood there (a FIFO would block a
+        // writer) becomes a regular file, and a reader sees all of it or none.
+        const std::string strText = std::to_string(nLevel) + "\n0\n";
+        VXFile objFile;
+        if (!objFile.open(DEBUG_SIGN_FILE, VXFile::modeWrite | VXFile::modeTruncate) ||
+            objFile.write(strText.data(), static_cast<unsigned>(strText.size())) !=
+                static_cast<int>(strText.size()) ||
+            !objFile.close()) {
             complain("cannot write %s", strPath.c_str());
             return false;
         }

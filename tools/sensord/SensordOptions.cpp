@@ -1,13 +1,16 @@
 #include "tools/sensord/SensordOptions.h"
 
 #include <cstdio>
-#include <fstream>
 
+#include "platform/FileReader.h"
 #include "tools/ValueParsing.h"
 
 namespace {
 
 constexpr size_t MAX_PASSWORD_BYTES = 256;
+// Enough for the longest first line allowed and its line end, and to tell a
+// longer one.
+constexpr size_t PASSWORD_FILE_READ_BYTES = MAX_PASSWORD_BYTES + 3;
 
 bool parseListen(const std::string& p_strValue, SensordOptions& p_stOptions) {
     const size_t nColon = p_strValue.rfind(':');
@@ -25,37 +28,24 @@ bool parseListen(const std::string& p_strValue, SensordOptions& p_stOptions) {
 
 bool parseSensordOptions(int argc, char** argv, SensordOptions& p_stOptions,
                          std::string& p_strError) {
-    for (int i = 1; i < argc; ++i) {
-        const std::string strArg = argv[i];
-        const bool bTakesValue = strArg == "--device" || strArg == "--root" ||
-                                 strArg == "--listen" || strArg == "--user" ||
-                                 strArg == "--password-file";
-        if (bTakesValue && i + 1 >= argc) {
-            p_strError = "option " + strArg + " needs a value";
-            return false;
-        }
-        const std::string strValue = bTakesValue ? argv[++i] : "";
-        if (strArg == "--device") {
-            p_stOptions.strDevice = strValue;
-        } else if (strArg == "--root") {
-            p_stOptions.strRoot = strValue;
-        } else if (strArg == "--listen") {
-            if (!parseListen(strValue, p_stOptions)) {
-                p_strError = "--listen needs HOST:PORT, not '" + strValue + "'";
+    const bool bWalked = walkOptions(
+        argc, argv, p_stOptions, {{"--listen", true}, {"--user", true}, {"--password-file", true}},
+        [&p_stOptions](const std::string& p_strName, const std::string& p_strValue,
+                       std::string& p_strWhy) {
+            if (p_strName == "--listen" && !parseListen(p_strValue, p_stOptions)) {
+                p_strWhy = "--listen needs HOST:PORT, not '" + p_strValue + "'";
                 return false;
             }
-        } else if (strArg == "--user") {
-            p_stOptions.strUser = strValue;
-        } else if (strArg == "--password-file") {
-            p_stOptions.strPasswordFile = strValue;
-        } else if (strArg == "--fresh") {
-            p_stOptions.bFresh = true;
-        } else if (strArg == "-h" || strArg == "--help") {
-            p_stOptions.bHelp = true;
-        } else {
-            p_strError = "unknown option '" + strArg + "'";
-            return false;
-        }
+            if (p_strName == "--user") {
+                p_stOptions.strUser = p_strValue;
+            } else if (p_strName == "--password-file") {
+                p_stOptions.strPasswordFile = p_strValue;
+            }
+            return true;
+        },
+        p_strError);
+    if (!bWalked) {
+        return false;
     }
     if (p_stOptions.strUser.empty() != p_stOptions.strPasswordFile.empty()) {
         p_strError = "--user and --password-file go together";
@@ -64,14 +54,19 @@ bool parseSensordOptions(int argc, char** argv, SensordOptions& p_stOptions,
     return true;
 }
 
+// Read through the bounded reader: a FIFO or device given as the file is
+// refused instead of blocking start-up, and a huge file costs one short read.
 bool readPasswordFile(const std::string& p_strFile, std::string& p_strPassword,
                       std::string& p_strError) {
-    std::ifstream objFile(p_strFile);
-    std::string strLine;
-    if (!objFile || !std::getline(objFile, strLine)) {
-        p_strError = "cannot read a password from " + p_strFile;
+    std::string strText;
+    const ReadStatus eStatus =
+        readHostFile(p_strFile, PASSWORD_FILE_READ_BYTES, strText, Oversize::TakePrefix);
+    if (eStatus != ReadStatus::Ok) {
+        p_strError = "cannot read a password from " + p_strFile + ": " +
+                     describeRead(eStatus, PASSWORD_FILE_READ_BYTES);
         return false;
     }
+    std::string strLine = strText.substr(0, strText.find('\n'));
     if (!strLine.empty() && strLine.back() == '\r') {
         strLine.pop_back();
     }

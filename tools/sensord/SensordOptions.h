@@ -3,11 +3,9 @@
 
 #include <string>
 
-struct SensordOptions {
-    std::string strDevice = "ipc";
-    std::string strRoot;
-    bool bFresh = false;
-    bool bHelp = false;
+#include "tools/Options.h"
+
+struct SensordOptions : DeviceOptions {
     std::string strHost = "127.0.0.1";
     int nPort = 8080; // 0: any free port (the one taken is printed)
     std::string strUser;
