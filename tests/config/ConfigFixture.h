@@ -48,6 +48,12 @@ protected:
     }
     // True when the error log received p_strText since it was last taken.
     bool logged(const std::string& p_strText) { return contains(takeLog(), p_strText); }
+    void expectLogged(std::initializer_list<const char*> p_lstTexts) {
+        const std::string strLog = takeLog();
+        for (const char* szText : p_lstTexts) {
+            EXPECT_TRUE(contains(strLog, szText)) << szText << " not in:\n" << strLog;
+        }
+    }
 
     // ISP channel 0 lists p_nCmd as dynamic with these allowed items.
     void dynamic(uint32_t p_nCmd, int p_nDefault, const std::vector<int>& p_vecItems) {

@@ -97,10 +97,8 @@ TEST_F(KeyValTest, FilesAreLittleEndianPairsAndLongShortOrMissingOnesLoadSafely)
         EXPECT_EQ(keyValFromFile(szFile, arrKept, 3), SNS_SUCCESS);
         EXPECT_EQ(text(arrKept, 3), "(7,8)(2,2)(3,3)") << "the cut record is not half-applied";
     }
-    const std::string strLog = takeLog();
-    EXPECT_TRUE(contains(strLog, "nSize == sizeof(KeyVal)*p_nKeyValNum   ~~~Assertion failed."));
-    EXPECT_TRUE(
-        contains(strLog, "file_name(/mnt/none.cfg) nSize(-1) sizeof(KeyVal) = 8, p_nKeyValNum(3)"));
+    expectLogged({"nSize == sizeof(KeyVal)*p_nKeyValNum   ~~~Assertion failed.",
+                  "file_name(/mnt/none.cfg) nSize(-1) sizeof(KeyVal) = 8, p_nKeyValNum(3)"});
     EXPECT_EQ(keyValToFile(PARAM_FILE, nullptr, 3), SNS_FAILED);
     EXPECT_EQ(saveToFile(PARAM_FILE, nullptr, 3), -1);
     EXPECT_EQ(m_objRoot.readFile(PARAM_FILE), strShort) << "the old file stays";

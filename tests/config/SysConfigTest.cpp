@@ -108,16 +108,13 @@ TEST_F(SysConfigTest, HostTextsAreCopiedAndCut) {
 TEST_F(SysConfigTest, MissingFilesAreReportedAndLeaveAnEmptyStyle) {
     EXPECT_EQ(initOnly(1), "");
     EXPECT_EQ(m_stConf.nDeviceType, 0u);
-    const std::string strLog = takeLog();
-    for (const char* szText :
-         {"SystemInfoParser::parseMachineInfo(\"/mnt/mtd/code/factory_setting/machineinfo.ini\", "
-          "machineInfo)",
-          "file_name(/hd1/moduleConfig/sensorConfig/style/Style_dome.xml)",
-          "loadFromFile(strStyleFileName.c_str(), p_stSysConf->szUIStyle, "
-          "getFileLen(strStyleFileName.c_str())) > 0",
-          "doc_style.LoadMem(*ui_style, TIXML_ENCODING_UTF8)"}) {
-        EXPECT_TRUE(contains(strLog, szText)) << szText;
-    }
+    expectLogged(
+        {"SystemInfoParser::parseMachineInfo(\"/mnt/mtd/code/factory_setting/machineinfo.ini\", "
+         "machineInfo)",
+         "file_name(/hd1/moduleConfig/sensorConfig/style/Style_dome.xml)",
+         "loadFromFile(strStyleFileName.c_str(), p_stSysConf->szUIStyle, "
+         "getFileLen(strStyleFileName.c_str())) > 0",
+         "doc_style.LoadMem(*ui_style, TIXML_ENCODING_UTF8)"});
 }
 
 } // namespace
