@@ -3,6 +3,7 @@
 #include "ConfigFixture.h"
 
 #include <cstring>
+#include <tuple>
 
 #include "config/SensorFile.h"
 #include "config/SensorXml.h"
@@ -59,21 +60,17 @@ protected:
 };
 
 TEST_F(StyleTest, DiversityConditionsCompareFiveCharacters) {
-    const struct {
-        const char *szDetail, *szCondition;
-        bool bApplies;
-    } arrCases[] = {
+    const std::tuple<const char*, const char*, bool> arrCases[] = {
         {"(lensId=2)", "lensId='1,2'", true},  {"(lensId=2)", "lensId='2'", true},
         {"(lensId=2)", "lensId='1,3'", false}, {"(lensId=2)", "ir='2'", false},
         {"(s=123456)", "s='9,123457'", true},  {"(s=123456)", "s='12346'", false},
         {"(lensId=12)", "lensId='1'", false},  {"(ir=1)(lensId=2)", "lensId='2' ir='1'", true}};
-    for (const auto& stCase : arrCases) {
-        // Applied once at most, even when several conditions hold.
-        EXPECT_EQ(
-            merge(stCase.szDetail, std::string("<E ") + stCase.szCondition +
-                                       "><AddAfter tab_key='exp'><T/></AddAfter></E>"),
-            xml(stCase.bApplies ? "<S><T key='image'/><T key='exp'/><T/><T key='ir'/></S>" : BASE))
-            << stCase.szDetail << " " << stCase.szCondition;
+    // Applied once at most, even when several conditions hold.
+    for (const auto& [szDetail, szCondition, bApplies] : arrCases) {
+        EXPECT_EQ(merge(szDetail, std::string("<E ") + szCondition +
+                                      "><AddAfter tab_key='exp'><T/></AddAfter></E>"),
+                  xml(bApplies ? "<S><T key='image'/><T key='exp'/><T/><T key='ir'/></S>" : BASE))
+            << szDetail << " " << szCondition;
     }
 }
 
