@@ -23,6 +23,10 @@ inline std::string text(const KeyVal* p_pSet, u32 p_nCount) {
     return strOut;
 }
 
+inline bool contains(const std::string& p_strText, const std::string& p_strPart) {
+    return p_strText.find(p_strPart) != std::string::npos;
+}
+
 class ConfigTest : public ::testing::Test {
 protected:
     ConfigTest() { reset(); }
@@ -33,8 +37,8 @@ protected:
     // The error log and its older generations, emptied by the call.
     std::string takeLog() {
         std::string strText;
-        for (const char* szSuffix : {".3", ".2", ".1", ""}) {
-            const std::string strPath = std::string("/mnt/mtd/log/SensorError.log") + szSuffix;
+        for (const std::string strSuffix : {".3", ".2", ".1", ""}) {
+            const std::string strPath = "/mnt/mtd/log/SensorError.log" + strSuffix;
             if (m_objRoot.exists(strPath)) {
                 strText += m_objRoot.readFile(strPath);
                 std::remove(m_objRoot.hostPath(strPath).c_str());
@@ -43,8 +47,12 @@ protected:
         return strText;
     }
     // True when the error log received p_strText since it was last taken.
-    bool logged(const std::string& p_strText) {
-        return takeLog().find(p_strText) != std::string::npos;
+    bool logged(const std::string& p_strText) { return contains(takeLog(), p_strText); }
+    void expectLogged(std::initializer_list<const char*> p_lstTexts) {
+        const std::string strLog = takeLog();
+        for (const char* szText : p_lstTexts) {
+            EXPECT_TRUE(contains(strLog, szText)) << szText << " not in:\n" << strLog;
+        }
     }
 
     // ISP channel 0 lists p_nCmd as dynamic with these allowed items.

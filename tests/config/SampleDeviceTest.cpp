@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <map>
 #include <set>
+#include <sstream>
 
 #include "common/SensorKeys.h"
 #include "config/SensorFile.h"
@@ -42,92 +43,75 @@ void walk(const TiXmlElement* p_pNode, std::set<u32>& p_setIds, bool p_bDefaults
     }
 }
 
-class SampleDeviceTest : public ConfigTest {
-protected:
-    // Brings a channel's configuration up as init does; the factory set in order.
-    std::vector<KeyVal> bringUp(const std::string& p_strDevice, int p_nChannel,
-                                const std::string& p_strDetail = "") {
-        fs::copy(deviceDir(p_strDevice), m_objRoot.path(),
+using SampleDeviceTest = ConfigTest;
+
+// Each channel brought up as init does comes up without a report, its factory set
+// within the buffer, the scheme keys first, every key once, the hidden keys left
+// out, every list default one of its items, and its own shape ("+key" present,
+// "-key" absent, "key=value"): ipc a fixed lens (no 1536) and a shutter (49)
+// preset the sensor allows, dome iris (80) and the long-zoom lens variant (1537),
+// lpr a motorised lens (1568) and shutter preset 207 (own items, default 7),
+// thermal limited infrared power (167), its thermal core the fov request (8104),
+// no WDR (2368) and the core's DVE default (8202); every variant of the
+// fixed-lens family at once still fits.
+TEST_F(SampleDeviceTest, EveryChannelComesUpCleanWithTheSchemeKeysFirstAndItsOwnShape) {
+    const struct {
+        const char* szDevice;
+        int nChannel;
+        u32 nSchemes, nMinKeys;
+        const char *szShape, *szDetail;
+    } arrChannels[] = {{"ipc", 1, 4, 5, "-1536 49=6", ""},
+                       {"dome", 1, 4, 5, "+80 1537=3", ""},
+                       {"lpr", 1, 4, 5, "+1568 -2433 49=7", ""},
+                       {"thermal", 1, 4, 5, "-167", ""},
+                       {"thermal", 2, 2, 5, "+8104 -2368 8202=1", ""},
+                       {"ipc", 1, 1, 120, "+9406",
+                        "(max_scheme=1)(isInfrared=17)(lensId=2)(lprMode=1)(panoSensors=4)"}};
+    for (const auto& stCase : arrChannels) {
+        SCOPED_TRACE(std::string(stCase.szDevice) + std::to_string(stCase.nChannel));
+        fs::copy(deviceDir(stCase.szDevice), m_objRoot.path(),
                  fs::copy_options::recursive | fs::copy_options::overwrite_existing);
         std::string strError;
-        EXPECT_TRUE(isp().loadProfile(deviceDir(p_strDevice) + "/isp_profile.xml", &strError))
+        ASSERT_TRUE(isp().loadProfile(deviceDir(stCase.szDevice) + "/isp_profile.xml", &strError))
             << strError;
-        const std::vector<ModuleConfigure> vecModules = sensortest::deviceModules();
-        EXPECT_GE(vecModules.size(), static_cast<std::size_t>(p_nChannel));
-        ModuleConfigure objModule = vecModules.at(p_nChannel - 1);
-        if (!p_strDetail.empty()) {
-            objModule.setDetail(p_strDetail);
+        ModuleConfigure objModule = sensortest::deviceModules().at(stCase.nChannel - 1);
+        if (*stCase.szDetail != '\0') {
+            objModule.setDetail(stCase.szDetail);
         }
         SysConfig stConf{};
-        EXPECT_EQ(initSysConf(p_nChannel, objModule, &stConf), SNS_SUCCESS);
-        m_nSchemeSum = stConf.nSchemeSum;
-        EXPECT_EQ(getDnaStyle(p_nChannel, stConf.szUIStyle, m_strPruned, true, false), 0);
+        EXPECT_EQ(initSysConf(stCase.nChannel, objModule, &stConf), SNS_SUCCESS);
+        EXPECT_EQ(stConf.nSchemeSum, stCase.nSchemes);
+        std::string strPruned;
+        EXPECT_EQ(getDnaStyle(stCase.nChannel, stConf.szUIStyle, strPruned, true, false), 0);
         std::vector<KeyVal> vecSet(CAPACITY);
         u32 nCount = 0;
-        getFctData(p_nChannel, stConf.szUIStyle, vecSet.data(), &nCount, CAPACITY, true, false);
+        getFctData(stCase.nChannel, stConf.szUIStyle, vecSet.data(), &nCount, CAPACITY, true,
+                   false);
         uinitSysConf(&stConf);
-        vecSet.resize(nCount);
-        return vecSet;
-    }
-    // The factory set by key; every key must come once.
-    static std::map<u32, u32> byKey(const std::vector<KeyVal>& p_vecSet) {
-        std::map<u32, u32> mapOut;
-        for (const KeyVal& stEntry : p_vecSet) {
-            EXPECT_TRUE(mapOut.emplace(stEntry.key, stEntry.value).second) << stEntry.key;
+        EXPECT_EQ(takeLog(), "");
+        ASSERT_GT(nCount, std::max<u32>(stCase.nMinKeys, SCHEME_KEY_COUNT));
+        EXPECT_LT(nCount, CAPACITY);
+        std::map<u32, u32> mapSet;
+        for (u32 i = 0; i < nCount; ++i) {
+            EXPECT_TRUE(i >= SCHEME_KEY_COUNT || vecSet[i].key == KEY_SCHEME_MODE + i) << i;
+            EXPECT_TRUE(mapSet.emplace(vecSet[i].key, vecSet[i].value).second) << vecSet[i].key;
         }
-        return mapOut;
-    }
-    std::string m_strPruned;
-    u32 m_nSchemeSum = 0;
-};
-
-TEST_F(SampleDeviceTest, EveryChannelComesUpCleanWithTheSchemeKeysFirstAndItsOwnShape) {
-    const std::pair<const char*, int> arrChannels[] = {
-        {"ipc", 1}, {"dome", 1}, {"lpr", 1}, {"thermal", 1}, {"thermal", 2}};
-    for (const auto& [szDevice, nChannel] : arrChannels) {
-        const std::vector<KeyVal> vecSet = bringUp(szDevice, nChannel);
-        EXPECT_EQ(takeLog(), "") << szDevice << nChannel;
-        ASSERT_GT(vecSet.size(), SCHEME_KEY_COUNT);
-        EXPECT_LT(vecSet.size(), CAPACITY);
-        for (u32 i = 0; i < SCHEME_KEY_COUNT; ++i) {
-            EXPECT_EQ(vecSet[i].key, KEY_SCHEME_MODE + i);
-        }
-        const std::map<u32, u32> mapSet = byKey(vecSet);
         for (u32 nHidden : {KEY_EMPTY1, KEY_EMPTY2, KEY_LDC_SWITCH}) {
-            EXPECT_EQ(mapSet.count(nHidden), 0u);
+            EXPECT_EQ(mapSet.count(nHidden), 0u) << nHidden;
+        }
+        std::istringstream objShape(stCase.szShape);
+        for (std::string strKey; objShape >> strKey;) {
+            const u32 nKey = static_cast<u32>(std::stoul(strKey.substr(strKey[0] < '0')));
+            EXPECT_EQ(mapSet.count(nKey), strKey[0] == '-' ? 0u : 1u) << strKey;
+            if (strKey.find('=') != std::string::npos) {
+                EXPECT_EQ(mapSet[nKey], std::stoul(strKey.substr(strKey.find('=') + 1))) << strKey;
+            }
         }
         TiXmlDocumentEx objDoc;
-        ASSERT_TRUE(objDoc.LoadMem(m_strPruned.c_str(), TIXML_ENCODING_UTF8));
+        ASSERT_TRUE(objDoc.LoadMem(strPruned.c_str(), TIXML_ENCODING_UTF8));
         std::set<u32> setIds;
         walk(objDoc.RootElement(), setIds, true);
     }
-
-    // Diversity and profiles shape each device.
-    std::map<u32, u32> mapSet = byKey(bringUp("ipc", 1));
-    EXPECT_EQ(mapSet.count(KEY_AUTO_FOCUS_MODE), 0u); // fixed lens
-    EXPECT_EQ(mapSet.at(KEY_MAX_SHUTTER), 6u);        // style preset the sensor allows
-    mapSet = byKey(bringUp("dome", 1));
-    EXPECT_EQ(mapSet.count(KEY_IRIS_SWITCH), 1u);
-    EXPECT_EQ(mapSet.at(KEY_AUTO_FOCUS_NEAR_LIMIT), 3u); // long-zoom lens variant
-    mapSet = byKey(bringUp("lpr", 1));
-    EXPECT_EQ(mapSet.count(KEY_MZ_POSITION), 1u); // motorised lens added
-    EXPECT_EQ(mapSet.count(KEY_CAP_OFF_ADJ_STEP), 0u);
-    EXPECT_EQ(mapSet.at(KEY_MAX_SHUTTER), 7u); // preset 207: own items, default 7
-    mapSet = byKey(bringUp("thermal", 1));
-    EXPECT_EQ(mapSet.count(KEY_IR_MANUAL_STRG_FAR), 0u); // limited infrared power
-    mapSet = byKey(bringUp("thermal", 2));
-    EXPECT_EQ(mapSet.count(KEY_MIXSTREAM_THERMAL_TO_VISION_SYNC_FOV), 1u);
-    EXPECT_EQ(mapSet.count(KEY_WDR_MODE), 0u);
-    EXPECT_EQ(mapSet.at(KEY_DVE_MODE), 1u); // the thermal core's default
-    EXPECT_EQ(m_nSchemeSum, 2u);
-    // Every variant of the fixed-lens family at once still fits.
-    const std::vector<KeyVal> vecAll =
-        bringUp("ipc", 1, "(max_scheme=1)(isInfrared=17)(lensId=2)(lprMode=1)(panoSensors=4)");
-    EXPECT_EQ(takeLog(), "");
-    EXPECT_GT(vecAll.size(), 120u);
-    EXPECT_LT(vecAll.size(), CAPACITY);
-    EXPECT_EQ(vecAll[4].key, KEY_SCHEME_END_MIN);
-    EXPECT_EQ(byKey(vecAll).count(KEY_PANO_OFFSETY_4), 1u);
 }
 
 // Checked against the table itself, whose rows are checked one by one elsewhere.

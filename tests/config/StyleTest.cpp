@@ -3,6 +3,7 @@
 #include "ConfigFixture.h"
 
 #include <cstring>
+#include <tuple>
 
 #include "config/SensorFile.h"
 #include "config/SensorXml.h"
@@ -13,13 +14,19 @@ namespace {
 
 const std::string BASE = "<S><T key='image'/><T key='exp'/><T key='ir'/></S>";
 
+// A document parsed from a text.
+struct Doc : TiXmlDocumentEx {
+    explicit Doc(const std::string& p_strText) { LoadMem(p_strText.c_str(), TIXML_ENCODING_UTF8); }
+    std::string printed() {
+        std::string strOut;
+        getXmlString(strOut);
+        return strOut;
+    }
+};
+
 // The document as the module prints it ("" for a broken text).
 std::string xml(const std::string& p_strText) {
-    TiXmlDocumentEx objDoc;
-    std::string strOut;
-    objDoc.LoadMem(p_strText.c_str(), TIXML_ENCODING_UTF8);
-    objDoc.getXmlString(strOut);
-    return strOut;
+    return Doc(p_strText).printed();
 }
 
 class StyleTest : public ConfigTest {
@@ -53,21 +60,17 @@ protected:
 };
 
 TEST_F(StyleTest, DiversityConditionsCompareFiveCharacters) {
-    const struct {
-        const char *szDetail, *szCondition;
-        bool bApplies;
-    } arrCases[] = {
+    const std::tuple<const char*, const char*, bool> arrCases[] = {
         {"(lensId=2)", "lensId='1,2'", true},  {"(lensId=2)", "lensId='2'", true},
         {"(lensId=2)", "lensId='1,3'", false}, {"(lensId=2)", "ir='2'", false},
         {"(s=123456)", "s='9,123457'", true},  {"(s=123456)", "s='12346'", false},
         {"(lensId=12)", "lensId='1'", false},  {"(ir=1)(lensId=2)", "lensId='2' ir='1'", true}};
-    for (const auto& stCase : arrCases) {
-        // Applied once at most, even when several conditions hold.
-        EXPECT_EQ(
-            merge(stCase.szDetail, std::string("<E ") + stCase.szCondition +
-                                       "><AddAfter tab_key='exp'><T/></AddAfter></E>"),
-            xml(stCase.bApplies ? "<S><T key='image'/><T key='exp'/><T/><T key='ir'/></S>" : BASE))
-            << stCase.szDetail << " " << stCase.szCondition;
+    // Applied once at most, even when several conditions hold.
+    for (const auto& [szDetail, szCondition, bApplies] : arrCases) {
+        EXPECT_EQ(merge(szDetail, std::string("<E ") + szCondition +
+                                      "><AddAfter tab_key='exp'><T/></AddAfter></E>"),
+                  xml(bApplies ? "<S><T key='image'/><T key='exp'/><T/><T key='ir'/></S>" : BASE))
+            << szDetail << " " << szCondition;
     }
 }
 
@@ -81,18 +84,12 @@ TEST_F(StyleTest, EditsSeeEarlierEditsSkipWhatIsOutsideTheFormatAndReportBrokenD
     EXPECT_EQ(merge("(m=4)", "<E m='4'><Delete tab_key='a'/></E>",
                     "<S><T/><T key='a' n='1'/><T key='a' n='2'/></S>"),
               xml("<S><T/><T key='a' n='2'/></S>"));
-
     EXPECT_EQ(merge("(m=1)", "<E m='1'><Modify tab_key='image'/><AddAfter tab_key='ir'/>"
                              "<Rename tab_key='ir'><T/></Rename><Delete tab_key='x'/><Delete/>"
                              "</E><F m='1'/>"),
               xml(BASE));
-    const std::string strLog = takeLog();
-    for (const char* szText :
-         {"operation(Modify) tab_key(image)", "operation(AddAfter) tab_key(ir)",
-          "NULL != (node_second = node_first->FirstChildElement())"}) {
-        EXPECT_NE(strLog.find(szText), std::string::npos) << szText;
-    }
-
+    expectLogged({"operation(Modify) tab_key(image)", "operation(AddAfter) tab_key(ir)",
+                  "NULL != (node_second = node_first->FirstChildElement())"});
     EXPECT_EQ(merge("(m=1)", "<E m='1'/>", "<S><T key='a'></S>"), "");
     EXPECT_TRUE(logged("doc_style.LoadMem(*ui_style, TIXML_ENCODING_UTF8)"));
     EXPECT_EQ(merge("(m=1)", "<E m='1'><Delete tab_key='ir'/>"), xml(BASE));
@@ -110,9 +107,7 @@ TEST_F(StyleTest, IspRewritesDefaultsAndItemsOfEveryMatchAndFeatureFlagsHideCont
               xml("<S><T><C id='2337' value='50'><I index='0'/><I index='50'/><I index='100'/>"
                   "</C><C id='34' value='1'><I index='2'/></C></T><T><C id='2337' value='50'/>"
                   "</T></S>"));
-    TiXmlDocumentEx objDoc;
-    objDoc.LoadMem("<S><C id='7' value='1'><C id='7' value='9'/></C><C id='7' value='2'/></S>",
-                   TIXML_ENCODING_UTF8);
+    Doc objDoc("<S><C id='7' value='1'><C id='7' value='9'/></C><C id='7' value='2'/></S>");
     TiXmlElement* pFound = nullptr;
     int nVal = -1;
     getNodebyCmdId(objDoc.RootElement(), 7, pFound);
@@ -153,7 +148,7 @@ TEST_F(StyleTest, StylePresetsOfTheShutterKeys) {
               xml("<S><C id='1537' value='0'/><C id='34' value='3'/></S>"));
 }
 
-TEST_F(StyleTest, FaultsAreReportedAndTheRestGoesOn) {
+TEST_F(StyleTest, FaultsAreReportedTheRestGoesOnAndAbsurdCountsAreClampedToTheRecords) {
     dynamic(2337, 50, {50});
     EXPECT_EQ(dna("<S><C id='2337'><I index='0'/><I/><I index='2'/></C></S>"),
               xml("<S><C id='2337' value='50'><I/><I index='2'/></C></S>"));
@@ -169,9 +164,9 @@ TEST_F(StyleTest, FaultsAreReportedAndTheRestGoesOn) {
                        "IA_CMD_OPT_GET, (void*)(&dnaCmdList))"));
     EXPECT_EQ(dna("<S><C id='10'></S>"), "");
     EXPECT_TRUE(logged("objStyleXmlDoc.LoadMem(szStyle, TIXML_ENCODING_UTF8)"));
-}
 
-TEST_F(StyleTest, AbsurdCountsAreClampedToTheRecords) {
+    isp().clearFailures();
+    m_vecDynamic.clear();
     for (uint32_t nCmd = 5000; nCmd < 5020; ++nCmd) {
         dynamic(nCmd, 1, {1});
     }
@@ -180,7 +175,6 @@ TEST_F(StyleTest, AbsurdCountsAreClampedToTheRecords) {
               xml("<S><C id='5015' value='1'/><C id='5016'/></S>"));
     EXPECT_EQ(isp().log().size(), 17u); // the list and 16 ranges
     EXPECT_TRUE(logged("cmd_cnt(20)"));
-
     ia_dynamic_params_attr_st stAttr{};
     stAttr.items_cnt = 1000;
     stAttr.item[0] = 7;
@@ -189,22 +183,21 @@ TEST_F(StyleTest, AbsurdCountsAreClampedToTheRecords) {
     EXPECT_EQ(dna("<S><C id='2337'><I index='7'/><I index='8'/></C></S>"),
               xml("<S><C id='2337' value='0'><I index='7'/></C></S>"));
     EXPECT_TRUE(logged("items_cnt(1000)"));
-
     std::string strMany = "<C id='49'>";
     for (int i = 1; i <= 70; ++i) {
         strMany += "<I index='" + std::to_string(i) + "'/>";
     }
-    TiXmlDocumentEx objDoc;
-    objDoc.LoadMem((strMany + "</C>").c_str(), TIXML_ENCODING_UTF8);
-    EXPECT_EQ(doCustomizeStyle(objDoc.RootElement(), 49, &stAttr), 0);
+    Doc objMany(strMany + "</C>");
+    EXPECT_EQ(doCustomizeStyle(objMany.RootElement(), 49, &stAttr), 0);
     EXPECT_EQ(stAttr.items_cnt, 64);
     EXPECT_EQ(stAttr.max_val, 64);
     EXPECT_TRUE(logged("style items beyond the record: 6"));
 }
 
+// A broken text keeps nothing:
+// FuzzRegressionTest.TextsEndingInsideAUtf8CharacterEndAtTheirTerminator.
 TEST_F(StyleTest, EnableListsNodeRemovalAndTheXmlDocumentExtension) {
-    TiXmlDocumentEx objDoc;
-    objDoc.LoadMem("<S><C id='112'/><C id='128'/><C id='34'/></S>", TIXML_ENCODING_UTF8);
+    Doc objDoc("<S><C id='112'/><C id='128'/><C id='34'/></S>");
     TiXmlElement* pRoot = objDoc.RootElement();
     for (int nKey : {112, 128, 34}) {
         ModifyNodebyCmdId(pRoot, nKey);
@@ -212,28 +205,22 @@ TEST_F(StyleTest, EnableListsNodeRemovalAndTheXmlDocumentExtension) {
     EXPECT_EQ(DeleteNode(pRoot, nullptr), -1);
     EXPECT_EQ(DeleteNode(pRoot, pRoot), 0); // no element parent: kept
     EXPECT_EQ(DeleteNode(pRoot, pRoot->LastChild()->ToElement()), 0);
-    std::string strOut;
-    objDoc.getXmlString(strOut);
-    EXPECT_EQ(strOut, xml("<S><C id='112' enable_list='128'/><C id='128' enable_list='112'/></S>"));
+    EXPECT_EQ(objDoc.printed(),
+              xml("<S><C id='112' enable_list='128'/><C id='128' enable_list='112'/></S>"));
 
-    TiXmlDocumentEx objFile;
-    EXPECT_FALSE(objFile.LoadMem("<a><b></a>", TIXML_ENCODING_UTF8));
-    EXPECT_EQ(objFile.FirstChild(), nullptr); // nothing of a broken text is kept
-    EXPECT_FALSE(objFile.LoadMem(nullptr, TIXML_ENCODING_UTF8));
-    objFile.LoadMem("<?xml version=\"1.0\"?><a x='1'><b>t</b></a><z/>", TIXML_ENCODING_UTF8);
+    Doc objFile("<?xml version=\"1.0\"?><a x='1'><b>t</b></a><z/>");
     EXPECT_FALSE(objFile.SaveFile()); // parsed from memory: no name of its own
     ASSERT_TRUE(objFile.SaveFile("/hd1/x.xml"));
     ASSERT_TRUE(objFile.TiXmlDocument::SaveFile(m_objRoot.hostPath("/hd1/lib.xml").c_str()));
     EXPECT_EQ(m_objRoot.readFile("/hd1/x.xml"), m_objRoot.readFile("/hd1/lib.xml"));
-    std::string strText;
-    objFile.getXmlString(strText);
-    EXPECT_EQ(strText, m_objRoot.readFile("/hd1/lib.xml")); // exactly what the library saves
+    EXPECT_EQ(objFile.printed(), m_objRoot.readFile("/hd1/lib.xml")); // what the library saves
+    EXPECT_FALSE(objFile.LoadMem(nullptr, TIXML_ENCODING_UTF8));
     ASSERT_TRUE(objFile.LoadMem("<q/>", TIXML_ENCODING_UTF8));
     EXPECT_STREQ(objFile.RootElement()->Value(), "q") << "a new text replaces the document";
     ASSERT_TRUE(objFile.LoadFile("/hd1/x.xml", TIXML_ENCODING_UTF8));
     objFile.RootElement()->SetAttribute("x", 3);
     ASSERT_TRUE(objFile.SaveFile());
-    EXPECT_NE(m_objRoot.readFile("/hd1/x.xml").find("x=\"3\""), std::string::npos);
+    EXPECT_TRUE(contains(m_objRoot.readFile("/hd1/x.xml"), "x=\"3\""));
     EXPECT_FALSE(objFile.LoadFile("/hd1", TIXML_ENCODING_UTF8)); // a directory
 }
 
@@ -250,9 +237,7 @@ TEST_F(StyleTest, FactorySetFollowsThePrunedDocument) {
     EXPECT_TRUE(logged("SNS_SUCCESS == style2KeyVal(pRootNode, p_pKeyVal, p_pnKeyValNum)"));
     EXPECT_EQ(factory("<S><C id='1' value='1'>"), "");
     EXPECT_TRUE(logged("objDnaStyleDoc.LoadMem(strDnaStyle.c_str(), TIXML_ENCODING_UTF8)"));
-
-    TiXmlDocumentEx objOne;
-    objOne.LoadMem("<C id='7' value='8'/>", TIXML_ENCODING_UTF8);
+    Doc objOne("<C id='7' value='8'/>");
     KeyVal arrSet[2] = {{1, 1}, {2, 2}};
     u32 nCount = 1; // appended at the count
     EXPECT_EQ(style2KeyVal(objOne.RootElement(), arrSet, &nCount, 2), SNS_SUCCESS);

@@ -3,6 +3,7 @@
 #include "ConfigFixture.h"
 
 #include <cstring>
+#include <tuple>
 
 #include "config/sensor.h"
 #include "platform/ModuleConfigure.h"
@@ -13,17 +14,17 @@ namespace {
 TEST(DetailFieldTest, ValuesAreFoundCutAndNeverOverrun) {
     sensortest::TempDeviceRoot objRoot; // the cut values are reported to the error log
     u32 nVal = 99;
-    EXPECT_EQ(getDetailFieldTou32("(max_scheme=2)(isInfrared=17)", "isInfrared", &nVal), 0);
-    EXPECT_EQ(nVal, 17u);
-    EXPECT_EQ(getDetailFieldTou32("(max_scheme=)", "max_scheme", &nVal), 0);
-    EXPECT_EQ(nVal, 0u);
-    EXPECT_EQ(getDetailFieldTou32("(xlensId=5)(lensId=6)", "lensId", &nVal), 0); // plain search
-    EXPECT_EQ(nVal, 5u);
-    for (const char* szDetail : {"(isInfrared=1)", "(lensId 12)", "(lensId=12"}) {
-        EXPECT_EQ(getDetailFieldTou32(szDetail, "lensId", &nVal), -1) << szDetail;
+    // A plain search: "xlensId" holds "lensId"; a failed lookup keeps the value.
+    for (const auto& [szDetail, szField, nResult, nWant] :
+         {std::make_tuple("(max_scheme=2)(isInfrared=17)", "isInfrared", 0, 17u),
+          std::make_tuple("(max_scheme=)", "max_scheme", 0, 0u),
+          std::make_tuple("(xlensId=5)(lensId=6)", "lensId", 0, 5u),
+          std::make_tuple("(isInfrared=1)", "lensId", -1, 5u),
+          std::make_tuple("(lensId 12)", "lensId", -1, 5u),
+          std::make_tuple("(lensId=12", "lensId", -1, 5u)}) {
+        EXPECT_EQ(getDetailFieldTou32(szDetail, szField, &nVal), nResult) << szDetail;
+        EXPECT_EQ(nVal, nWant) << szDetail;
     }
-    EXPECT_EQ(nVal, 5u);
-
     struct {
         char szVal[DETAIL_VALUE_MAX + 1] = {'x', 'x', 'x', 'x'};
         char szCanary[4] = "abc";
@@ -38,8 +39,9 @@ TEST(DetailFieldTest, ValuesAreFoundCutAndNeverOverrun) {
 
 class SysConfigTest : public ConfigTest {
 protected:
-    // Every style and diversity file marks the merged text with its own name.
-    void writeDevice(int p_nType) {
+    // On a device of p_nType whose style and diversity files mark the merged text
+    // with their own names, channel p_nChannel's style.
+    std::string init(int p_nType, int p_nChannel, const std::string& p_strDetail = "(lensId=0)") {
         m_objRoot.writeFile("/mnt/mtd/code/factory_setting/machineinfo.ini",
                             "[device]\ntype = " + std::to_string(p_nType) +
                                 "\nhardware_model = M\nhardware_code = C\n");
@@ -51,8 +53,10 @@ protected:
                                 "<E lensId=\"0\"><AddAfter tab_key=\"a\"><T key=\"div" + strKind +
                                     "\"/></AddAfter></E>");
         }
+        return initOnly(p_nChannel, p_strDetail);
     }
-    std::string init(int p_nChannel, const std::string& p_strDetail = "(lensId=0)") {
+    std::string initOnly(int p_nChannel, const std::string& p_strDetail = "(lensId=0)") {
+        uinitSysConf(&m_stConf);
         ModuleConfigure objModule;
         objModule.setModuleId(7);
         objModule.setDetail(p_strDetail);
@@ -65,70 +69,52 @@ protected:
 };
 
 TEST_F(SysConfigTest, DeviceTypeAndChannelChooseBothFiles) {
-    const struct {
-        int nType, nChannel;
-        std::string strKind;
-    } arrCases[] = {{1, 1, ""},          {4, 1, "_dome"},     {14, 2, "_Thermal"}, {14, 1, ""},
-                    {19, 2, "_Thermal"}, {19, 1, "_dome"},    {8, 2, ""},          {22, 1, ""},
-                    {104, 1, "_dome"},   {23, 2, "_Thermal"}, {2, 1, "_dome"}};
-    for (const auto& stCase : arrCases) {
-        writeDevice(stCase.nType);
-        const std::string strStyle = init(stCase.nChannel);
-        EXPECT_NE(strStyle.find("name=\"base" + stCase.strKind + "\""), std::string::npos)
-            << stCase.nType << "/" << stCase.nChannel;
-        EXPECT_NE(strStyle.find("key=\"div" + stCase.strKind + "\""), std::string::npos);
-        EXPECT_EQ(m_stConf.nDeviceType, static_cast<u32>(stCase.nType));
+    const std::tuple<int, int, std::string> arrCases[] = {
+        {1, 1, ""},          {4, 1, "_dome"},     {14, 2, "_Thermal"}, {14, 1, ""},
+        {19, 2, "_Thermal"}, {19, 1, "_dome"},    {8, 2, ""},          {22, 1, ""},
+        {104, 1, "_dome"},   {23, 2, "_Thermal"}, {2, 1, "_dome"}};
+    for (const auto& [nType, nChannel, strKind] : arrCases) {
+        SCOPED_TRACE(std::to_string(nType) + "/" + std::to_string(nChannel));
+        const std::string strStyle = init(nType, nChannel);
+        EXPECT_TRUE(contains(strStyle, "name=\"base" + strKind + "\"")) << strStyle;
+        EXPECT_TRUE(contains(strStyle, "key=\"div" + strKind + "\"")) << strStyle;
+        EXPECT_EQ(m_stConf.nDeviceType, static_cast<u32>(nType));
         const std::string strLog = takeLog();
-        EXPECT_EQ(strLog.find("machineinfo, devicetype(2) error, must be 1 or 4 or 8 or 9 or 13"
-                              "\n") != std::string::npos,
-                  stCase.nType == 2)
+        EXPECT_EQ(contains(strLog, "machineinfo, devicetype(2) error, must be 1 or 4 or 8 or 9 or "
+                                   "13\n"),
+                  nType == 2)
             << strLog;
-        EXPECT_EQ(strLog.find("DeviceType::IPCAMERA == p_stSysConf->nDeviceType || "
-                              "DeviceType::FACE_DETECT == ") != std::string::npos,
-                  stCase.nType == 2);
-        uinitSysConf(&m_stConf);
+        EXPECT_EQ(contains(strLog, "DeviceType::IPCAMERA == p_stSysConf->nDeviceType || "
+                                   "DeviceType::FACE_DETECT == "),
+                  nType == 2);
     }
 }
 
-TEST_F(SysConfigTest, HostTextsAreCopiedCutAndReleasedOnce) {
-    writeDevice(1);
-    init(1, "(lensId=0)(max_scheme=2)");
+// A second release frees nothing twice: StartupTest.UiFilesFallBackToTheFirstEntry.
+TEST_F(SysConfigTest, HostTextsAreCopiedAndCut) {
+    init(1, 1, "(lensId=0)(max_scheme=2)");
     EXPECT_EQ(m_stConf.moduleConfig.nModuleId, 7);
     EXPECT_STREQ(m_stConf.moduleConfig.szExtra1, "xxx");
     EXPECT_STREQ(m_stConf.moduleConfig.szExtra2, "xxx");
     EXPECT_STREQ(m_stConf.moduleConfig.szDetail, "(lensId=0)(max_scheme=2)");
     EXPECT_STREQ(m_stConf.moduleConfig.szParameters, "p=1");
     EXPECT_EQ(m_stConf.nSchemeSum, 2u);
-    uinitSysConf(&m_stConf);
-
-    init(1, "(lensId=0)" + std::string(600, 'd'));
+    initOnly(1, "(lensId=0)" + std::string(600, 'd'));
     EXPECT_EQ(m_stConf.nSchemeSum, 4u);
     EXPECT_EQ(std::strlen(m_stConf.moduleConfig.szDetail), 511u);
     EXPECT_TRUE(logged("szDetail(610) cut to 511 characters"));
-
-    m_stConf.pUIFile = newUIFileList(2);
-    m_stConf.nUIFileSum = 2;
-    m_stConf.pUIFile[0].szCommon = newConfigText(8);
-    m_stConf.pUIFile[1].szLanguage = newConfigText(8);
-    uinitSysConf(&m_stConf);
-    EXPECT_EQ(m_stConf.szUIStyle, nullptr);
-    EXPECT_EQ(m_stConf.pUIFile, nullptr);
-    uinitSysConf(&m_stConf); // nothing is released twice (the sanitizer build checks)
 }
 
 TEST_F(SysConfigTest, MissingFilesAreReportedAndLeaveAnEmptyStyle) {
-    EXPECT_EQ(init(1), "");
+    EXPECT_EQ(initOnly(1), "");
     EXPECT_EQ(m_stConf.nDeviceType, 0u);
-    const std::string strLog = takeLog();
-    for (const char* szText :
-         {"SystemInfoParser::parseMachineInfo(\"/mnt/mtd/code/factory_setting/machineinfo.ini\", "
-          "machineInfo)",
-          "file_name(/hd1/moduleConfig/sensorConfig/style/Style_dome.xml)",
-          "loadFromFile(strStyleFileName.c_str(), p_stSysConf->szUIStyle, "
-          "getFileLen(strStyleFileName.c_str())) > 0",
-          "doc_style.LoadMem(*ui_style, TIXML_ENCODING_UTF8)"}) {
-        EXPECT_NE(strLog.find(szText), std::string::npos) << szText;
-    }
+    expectLogged(
+        {"SystemInfoParser::parseMachineInfo(\"/mnt/mtd/code/factory_setting/machineinfo.ini\", "
+         "machineInfo)",
+         "file_name(/hd1/moduleConfig/sensorConfig/style/Style_dome.xml)",
+         "loadFromFile(strStyleFileName.c_str(), p_stSysConf->szUIStyle, "
+         "getFileLen(strStyleFileName.c_str())) > 0",
+         "doc_style.LoadMem(*ui_style, TIXML_ENCODING_UTF8)"});
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -12,7 +11,6 @@
 #include <string>
 #include <vector>
 
-#include "common/SensorTypes.h"
 #include "controller/ISensorController.h"
 #include "isp/IspSimulator.h"
 #include "support/ControllerTestAccess.h"
@@ -25,14 +23,11 @@ using Access = ISensorControllerTestAccess;
 using ::testing::internal::CaptureStdout;
 using ::testing::internal::GetCapturedStdout;
 
-struct Record {
-    u32 scheme;
-    KeyVal keyVal;
-};
-
-// "34=40 2337=9" in order; a "1:" prefix names scheme 1 (default 0).
-inline std::vector<Record> parseRecords(const std::string& p_strText) {
-    std::vector<Record> vecRecords;
+// "34=40 1:2337=9" in order; a "1:" prefix names the scheme (default 0), which
+// goes to p_pSchemes when given.
+inline std::vector<KeyVal> keyVals(const std::string& p_strText,
+                                   std::vector<u32>* p_pSchemes = nullptr) {
+    std::vector<KeyVal> vecKeyVals;
     std::istringstream objIn(p_strText);
     for (std::string strToken; objIn >> strToken;) {
         const std::size_t nColon = strToken.find(':'), nEq = strToken.find('=');
@@ -41,16 +36,10 @@ inline std::vector<Record> parseRecords(const std::string& p_strText) {
             return static_cast<u32>(std::stoul(strToken.substr(p_nAt)));
         };
         // Without a scheme the key starts the token (npos + 1 is 0).
-        vecRecords.push_back(
-            {nColon == std::string::npos ? 0 : number(0), {number(nColon + 1), number(nEq + 1)}});
-    }
-    return vecRecords;
-}
-
-inline std::vector<KeyVal> keyVals(const std::string& p_strText) {
-    std::vector<KeyVal> vecKeyVals;
-    for (const Record& stRecord : parseRecords(p_strText)) {
-        vecKeyVals.push_back(stRecord.keyVal);
+        vecKeyVals.push_back({number(nColon + 1), number(nEq + 1)});
+        if (p_pSchemes != nullptr) {
+            p_pSchemes->push_back(nColon == std::string::npos ? 0 : number(0));
+        }
     }
     return vecKeyVals;
 }
@@ -59,11 +48,6 @@ inline std::vector<KeyVal> keyVals(const std::string& p_strText) {
 // 24:00), followed by p_strRest.
 inline std::vector<KeyVal> makeSet(const std::string& p_strRest) {
     return keyVals("8000=0 8001=0 8002=0 8003=24 8004=0 " + p_strRest);
-}
-
-// Colour prefix and suffix of the diagnostics.
-inline std::string coloured(int p_nColour, const std::string& p_strText) {
-    return "\033[0m\033[" + std::to_string(p_nColour) + "m" + p_strText + "\033[0m";
 }
 
 inline bool contains(const std::string& p_strText, const std::string& p_strPart) {
@@ -82,17 +66,13 @@ protected:
         setshowBeawayFalg(true);
     }
 
-    // A new controller on device type 1 with a clean ISP and video module.
-    void reset() {
+    // A new controller on a device of type p_nType with a clean ISP and video module.
+    void reset(int p_nType = 1) {
         m_objIsp.reset();
         m_objVideo.clear();
         setshowBeawayFalg(true);
         ISensorController::m_nChanneldDosomething = -1;
         ISensorController::m_nPassKeycmd = -1;
-        useDeviceType(1);
-    }
-    // Rebuilds the controller on a device of the given type (machine description).
-    void useDeviceType(int p_nType) {
         m_objRoot.writeFile("/mnt/mtd/code/factory_setting/machineinfo.ini",
                             "[device]\ntype = " + std::to_string(p_nType) +
                                 "\nhardware_model = Hi3516AV200\nhardware_code = TEST\n");
@@ -118,11 +98,10 @@ protected:
     int apply(std::vector<KeyVal> p_vecList, bool p_bCache = true) {
         return ctl().setParameters(p_vecList.data(), static_cast<u32>(p_vecList.size()), p_bCache);
     }
-    // One scenario of the set loop on a fresh controller: every scheme holds p_szSet
-    // after the scheme keys, p_fnPrepare adjusts the controller, then each list of
-    // p_strLists is applied ("34=40 2337=9 => -2337; 34=41", "=> r" for a result
-    // other than 0). The run must print every text of p_vecShown (and no failed
-    // assertion when there is none), send p_szSent and leave p_szStored stored.
+    // One scenario of the set loop on a fresh controller whose schemes hold p_szSet:
+    // p_fnPrepare adjusts it, each list of p_strLists is applied ("34=40 => -34; 34=41",
+    // "=> r" for a result other than 0); the run prints every text of p_vecShown (no
+    // failed assertion when there is none), sends p_szSent and stores p_szStored.
     void run(const char* p_szWhat, const char* p_szSet, const std::string& p_strLists,
              const char* p_szSent, const char* p_szStored = "",
              const std::vector<const char*>& p_vecShown = {},
@@ -151,18 +130,20 @@ protected:
     }
     // The sets hold p_szStored ("34=40 1:34=41": scheme 0 unless named).
     void expectStored(const char* p_szStored) const {
-        for (const Record& stRecord : parseRecords(p_szStored)) {
-            EXPECT_EQ(stored(stRecord.scheme, stRecord.keyVal.key), stRecord.keyVal.value)
-                << stRecord.scheme << ':' << stRecord.keyVal.key;
+        std::vector<u32> vecSchemes;
+        const std::vector<KeyVal> vecWanted = keyVals(p_szStored, &vecSchemes);
+        for (std::size_t i = 0; i < vecWanted.size(); ++i) {
+            EXPECT_EQ(stored(vecSchemes[i], vecWanted[i].key), vecWanted[i].value)
+                << vecSchemes[i] << ':' << vecWanted[i].key;
         }
     }
     void setDebugLevel(int p_nLevel) {
         m_objRoot.writeFile("/tmp/Debug.sign", std::to_string(p_nLevel) + "\n0\n");
     }
-    // What reached the ISP and the video module since the last clear, in order and
-    // space separated: "34=40" an ISP set on ISP channel 0, "ch1:34=40" on channel
-    // 1, "get 167=80" a read with its result, "146=70,30,0" a record as its 32-bit
-    // words, "v1:2384=2" a video notice for channel 1.
+    // What reached the ISP and the video module since the last clear, in order:
+    // "34=40" an ISP set on ISP channel 0, "ch1:34=40" on channel 1, "get 167=80" a
+    // read with its result, "146=70,30,0" a record as its 32-bit words, "v1:2384=2"
+    // a video notice for channel 1.
     std::string sent() const {
         const std::vector<IspSimulator::LogEntry> vecCalls = m_objIsp.log();
         const std::vector<RecordingVideoModule::Notice> vecNotices = m_objVideo.notices();
@@ -173,8 +154,23 @@ protected:
                 objOut << " v" << itNotice->channel << ':' << itNotice->key << '='
                        << itNotice->value;
             }
-            if (i < vecCalls.size()) {
-                objOut << ' ' << ispCall(vecCalls[i]);
+            if (i == vecCalls.size()) {
+                break;
+            }
+            const IspSimulator::LogEntry& stCall = vecCalls[i];
+            // The ISP library's option numbers: 0 sets, 1 reads.
+            objOut << (stCall.channel != 0 ? " ch" + std::to_string(stCall.channel) + ":" : " ")
+                   << (stCall.option == 0   ? ""
+                       : stCall.option == 1 ? "get "
+                                            : "opt" + std::to_string(stCall.option) + " ")
+                   << stCall.cmd << '=';
+            if (stCall.bytes.empty()) {
+                objOut << stCall.value;
+            }
+            for (std::size_t b = 0; b + sizeof(int32_t) <= stCall.bytes.size(); b += 4) {
+                int32_t nWord = 0;
+                std::memcpy(&nWord, stCall.bytes.data() + b, sizeof(nWord));
+                objOut << (b == 0 ? "" : ",") << nWord;
             }
         }
         return objOut.str().empty() ? std::string() : objOut.str().substr(1);
@@ -188,34 +184,12 @@ protected:
         m_pController->getKeyValFromCache(p_nScheme, p_nKey, nValue);
         return nValue;
     }
-
     ISensorController& ctl() { return *m_pController; }
 
     TempDeviceRoot m_objRoot;
     IspSimulator& m_objIsp;
     RecordingVideoModule m_objVideo;
     std::unique_ptr<ISensorController> m_pController;
-
-private:
-    static std::string ispCall(const IspSimulator::LogEntry& p_stCall) {
-        std::ostringstream objOut;
-        // The ISP library's option numbers: 0 sets, 1 reads.
-        objOut << (p_stCall.channel != 0 ? "ch" + std::to_string(p_stCall.channel) + ":" : "")
-               << (p_stCall.option == 0   ? ""
-                   : p_stCall.option == 1 ? "get "
-                                          : "opt" + std::to_string(p_stCall.option) + " ")
-               << p_stCall.cmd << '=';
-        if (p_stCall.bytes.empty()) {
-            objOut << p_stCall.value;
-        }
-        for (std::size_t b = 0; b + sizeof(int32_t) <= p_stCall.bytes.size();
-             b += sizeof(int32_t)) {
-            int32_t nWord = 0;
-            std::memcpy(&nWord, p_stCall.bytes.data() + b, sizeof(nWord));
-            objOut << (b == 0 ? "" : ",") << nWord;
-        }
-        return objOut.str();
-    }
 };
 
 } // namespace sensortest

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <map>
+#include <tuple>
 
 #include "controller/KeyIndex.h"
 
@@ -66,84 +67,68 @@ const std::map<std::string, keycmd_handler> HANDLERS = {
     HANDLER(doIoCrtl),        HANDLER(doIaCmdShutter)};
 #undef HANDLER
 
-class KeyCmdTableTest : public ControllerTest {
-protected:
-    const keycmd* built() {
-        Access::buildKeyCmdMap(ctl());
-        return Access::keyCmdMap(ctl());
-    }
-};
+using KeyCmdTableTest = ControllerTest;
 
-TEST_F(KeyCmdTableTest, EveryRowMatchesTheDocumentedTable) {
-    const keycmd* pTable = built();
+// Every row against the description, then the build step of start-up: the spare
+// rows zeroed, a second start-up building from 165 rows, and the lookups.
+TEST_F(KeyCmdTableTest, EveryRowMatchesTheDocumentedTableAndLookupsCopyTheWholeRow) {
+    ASSERT_EQ(Access::keyCmdSum(ctl()), 170u);
+    keycmd stRow{};
+    Access::buildKeyCmdMap(ctl());
+    const auto* pSpare = reinterpret_cast<const unsigned char*>(Access::keyCmdMap(ctl()) + 165);
+    EXPECT_TRUE(
+        std::all_of(pSpare, pSpare + 5 * sizeof(keycmd), [](unsigned char c) { return c == 0; }));
+    EXPECT_EQ(Access::keyCmdSum(ctl()), 165u);
+    Access::buildKeyCmdMap(ctl());
+    EXPECT_EQ(Access::keyCmdSum(ctl()), 165u);
+    const keycmd* pTable = Access::keyCmdMap(ctl());
     std::istringstream objIn(ROWS);
     std::string strHandler;
-    std::size_t nRow = 0;
+    u32 nRow = 0;
+    std::map<u32, int> mapFirst;
     for (std::string strToken; objIn >> strToken;) {
         if (strToken[0] == '@') {
             strHandler = strToken.substr(1);
             continue;
         }
-        const std::size_t nEq = strToken.find('=');
-        const std::size_t nGt = strToken.find('>');
+        const std::size_t nEq = strToken.find('='), nGt = strToken.find('>');
         const std::string strName =
             (strToken.rfind("IA_", 0) == 0 ? "" : "KEY_") + strToken.substr(0, nEq);
         const u32 nKey = static_cast<u32>(std::stoul(strToken.substr(nEq + 1)));
-        const u32 nCmd = strHandler == "NULL" ? 0
-                         : nGt == std::string::npos
-                             ? nKey
-                             : static_cast<u32>(std::stoul(strToken.substr(nGt + 1)));
         SCOPED_TRACE("row " + std::to_string(nRow) + " " + strName);
         ASSERT_LT(nRow, 165u);
-        const keycmd& stRow = pTable[nRow++];
-        EXPECT_EQ(stRow.key, nKey);
-        EXPECT_EQ(stRow.ia_cmd, nCmd);
-        EXPECT_TRUE(stRow.func == HANDLERS.at(strHandler));
+        const keycmd& stWant = pTable[nRow++];
+        EXPECT_EQ(stWant.key, nKey);
+        EXPECT_EQ(stWant.ia_cmd, strHandler == "NULL"       ? 0
+                                 : nGt == std::string::npos ? nKey
+                                                            : std::stoul(strToken.substr(nGt + 1)));
+        EXPECT_TRUE(stWant.func == HANDLERS.at(strHandler));
         // The name keeps at most 32 characters; a shorter one is terminated.
         const std::size_t nKept = std::min<std::size_t>(strName.size(), 32);
-        EXPECT_EQ(std::string(stRow.key_name, nKept), strName.substr(0, nKept));
-        if (strName.size() < 32) {
-            EXPECT_EQ(stRow.key_name[strName.size()], '\0');
-        }
-        EXPECT_STREQ(stRow.func_name,
+        EXPECT_EQ(std::string(stWant.key_name, nKept), strName.substr(0, nKept));
+        EXPECT_TRUE(strName.size() >= 32 || stWant.key_name[strName.size()] == '\0');
+        EXPECT_STREQ(stWant.func_name,
                      strHandler == "NULL" ? "NULL" : ("&ISensorController::" + strHandler).c_str());
+        // A lookup finds the first row of its key and copies it byte for byte (no padding).
+        static_assert(sizeof(keycmd) == 8 + sizeof(keycmd_handler) + 32 + 64);
+        const int nFirst = mapFirst.emplace(nKey, nRow - 1).first->second;
+        EXPECT_EQ(ctl().findFromKeyCmdMap(pTable, nKey, stRow), nFirst);
+        EXPECT_EQ(std::memcmp(&stRow, &pTable[nFirst], sizeof(keycmd)), 0);
     }
     EXPECT_EQ(nRow, 165u);
-}
-
-TEST_F(KeyCmdTableTest, BuildZeroesTheSpareRowsAndLookupsCopyTheRowOrLeaveTheOutputAlone) {
-    ASSERT_EQ(Access::keyCmdSum(ctl()), 170u);
-    keycmd stRow{};
+    // Unknown keys; the spare rows behind the last one are never searched, not even for key 0.
     stRow.ia_cmd = 77;
     std::strcpy(stRow.key_name, "before");
-    EXPECT_EQ(ctl().findFromKeyCmdMap(nullptr, 34, stRow), -1); // no table yet
-    const keycmd* pTable = built();
-    const auto* pSpare = reinterpret_cast<const unsigned char*>(pTable + 165);
-    EXPECT_TRUE(
-        std::all_of(pSpare, pSpare + 5 * sizeof(keycmd), [](unsigned char c) { return c == 0; }));
-    EXPECT_EQ(Access::keyCmdSum(ctl()), 165u);
-    // A second start-up builds from 165 rows and still fills them all.
-    pTable = built();
-    EXPECT_EQ(pTable[164].key, 773u);
-    EXPECT_EQ(Access::keyCmdSum(ctl()), 165u);
-    // Unknown keys; the spare rows behind the last one are never searched, not even for key 0.
     for (u32 nKey : {12u, 0u}) {
         EXPECT_EQ(ctl().findFromKeyCmdMap(pTable, nKey, stRow), -1) << nKey;
     }
+    EXPECT_EQ(ctl().findFromKeyCmdMap(nullptr, 34, stRow), -1); // no table
     EXPECT_EQ(stRow.ia_cmd, 77u);
     EXPECT_STREQ(stRow.key_name, "before");
-    const std::pair<u32, int> aFound[] = {{8240, 0},  {83, 19},   {17, 20},  {8104, 85},
-                                          {8102, 88}, {8000, 91}, {773, 164}};
-    for (const auto& [nKey, nIndex] : aFound) {
-        EXPECT_EQ(ctl().findFromKeyCmdMap(pTable, nKey, stRow), nIndex) << nKey;
-        // The whole row, byte for byte (a row has no padding).
-        static_assert(sizeof(keycmd) == 8 + sizeof(keycmd_handler) + 32 + 64);
-        EXPECT_EQ(std::memcmp(&stRow, &pTable[nIndex], sizeof(keycmd)), 0) << nKey;
-    }
 }
 
+// Many keys, so that probes run into each other, and a repeated key.
 TEST(KeyIndexTest, FindsTheFirstPositionOfEveryKeyAndNothingElse) {
-    // Many keys, so that probes run into each other; a repeated key.
     std::vector<u32> vecKeys;
     for (u32 i = 0; i < 1000; ++i) {
         vecKeys.push_back(i * 4096 + 34);
@@ -161,20 +146,17 @@ TEST(KeyIndexTest, FindsTheFirstPositionOfEveryKeyAndNothingElse) {
 }
 
 TEST(KeyIndexTest, SchemeSetsInAnotherOrderOrChangedAreStillFound) {
-    std::vector<KeyVal> vecFactory = {{34, 1}, {7, 2}, {9, 3}, {7, 4}};
-    std::vector<KeyVal> vecSame = vecFactory;
+    std::vector<KeyVal> vecFactory = {{34, 1}, {7, 2}, {9, 3}, {7, 4}}, vecSame = vecFactory;
     std::vector<KeyVal> vecOther = {{9, 5}, {7, 6}, {34, 7}, {34, 8}};
     KeyVal* apRows[] = {vecSame.data(), vecOther.data(), vecFactory.data()};
     SchemeSetIndex objIndex;
     objIndex.build(apRows, 3, 4, 2);
-    struct Case {
-        u32 row, key;
-        int pos;
-    };
-    const Case aCases[] = {{0, 34, 0}, {0, 7, 1}, {0, 9, 2},  {0, 5, -1}, {1, 34, 2},
-                           {1, 7, 1},  {1, 9, 0}, {1, 5, -1}, {2, 7, 1}};
-    for (const Case& c : aCases) {
-        EXPECT_EQ(objIndex.find(c.row, apRows[c.row], 4, c.key), c.pos) << c.row << ':' << c.key;
+    // Row, key and the position found.
+    for (const auto& [nRow, nKey, nPos] :
+         {std::make_tuple(0u, 34u, 0), std::make_tuple(0u, 7u, 1), std::make_tuple(0u, 9u, 2),
+          std::make_tuple(0u, 5u, -1), std::make_tuple(1u, 34u, 2), std::make_tuple(1u, 7u, 1),
+          std::make_tuple(1u, 9u, 0), std::make_tuple(1u, 5u, -1), std::make_tuple(2u, 7u, 1)}) {
+        EXPECT_EQ(objIndex.find(nRow, apRows[nRow], 4, nKey), nPos) << nRow << ':' << nKey;
     }
     // A row whose key moved after the index was built is scanned.
     vecSame[0].key = 9;

@@ -24,7 +24,7 @@ TEST_F(SetParametersTest, CacheSkipsUnchangedRecordsAndStoresTheOthers) {
     EXPECT_EQ(apply({{34, 51}, {2337, 60}}, false), 0); // everything sent, nothing stored
     EXPECT_EQ(stored(0, 34), 50u);
     EXPECT_EQ(apply({{34, 52}}), 0);
-    EXPECT_EQ(stored(0, 34), 52u);
+    expectStored("34=52");
     EXPECT_EQ(sent(), "34=51 2337=60 34=52");
     // During a switch records compare with the scheme being left.
     install({makeSet("34=50"), makeSet("34=60"), makeSet("34=50")}, 1);
@@ -107,66 +107,53 @@ TEST_F(SetParametersTest, InfraredBudgetRefusesWhatTheOtherStrengthLeavesNoRoomF
             Access::setLimitedIrPower(ctl(), true);
             m_objIsp.failCommand(-1, 163, 1, -1);
         });
-    // A partner missing from the set is read from the ISP.
-    reset();
-    Access::setLimitedIrPower(ctl(), true);
-    installAlike(makeSet("163=10"));
-    m_objIsp.setValue(0, 167, 80);
-    CaptureStdout();
-    EXPECT_EQ(apply({{163, 30}}), -163);
-    EXPECT_EQ(GetCapturedStdout(), "### KEY_IR_MANUAL_STRG_FAR doIaCmd sucess\n");
-    EXPECT_EQ(sent(), "get 167=80");
+    run("a partner missing from the set is read from the ISP", "163=10", "163=30 => -163",
+        "get 167=80", "163=10", {"### KEY_IR_MANUAL_STRG_FAR doIaCmd sucess\n"}, [this] {
+            Access::setLimitedIrPower(ctl(), true);
+            m_objIsp.setValue(0, 167, 80);
+        });
 }
 
-TEST_F(SetParametersTest, ARefusedRecordEndsTheListAndKeepsEarlierOnes) {
-    run("by the ISP", "34=50 2337=50 2353=50", "34=40 2337=9 2353=7 => -2337", "34=40 2337=9",
-        "34=40 2337=50 2353=50", {}, [this] { m_objIsp.failCommand(-1, 2337, -1, -3); });
-    run("by any handler", "2368=0 2353=50", "2368=1 2353=7 => -2368",
+TEST_F(SetParametersTest, RefusedRecordsAndKeysMissingFromTheSets) {
+    run("a record the ISP refuses ends the list and keeps earlier ones", "34=50 2337=50 2353=50",
+        "34=40 2337=9 2353=7 => -2337", "34=40 2337=9", "34=40 2337=50 2353=50", {},
+        [this] { m_objIsp.failCommand(-1, 2337, -1, -3); });
+    run("so does one any handler refuses", "2368=0 2353=50", "2368=1 2353=7 => -2368",
         "v1:2370=0 v1:2368=1 2368=1 v1:2370=1", "2368=0 2353=50", {},
         [this] { m_objVideo.answer(2368, -9); });
-}
-
-TEST_F(SetParametersTest, KeysMissingFromTheSetAndTheFactorySetAreAppliedNotStored) {
-    run("a key the set lacks", "34=50", "2353=7", "2353=7", "",
+    run("a key the set lacks is applied, not stored", "34=50", "2353=7", "2353=7", "",
         {"SET_KEY_VAL FAILED, m_nCurScheme(0), p_pKeyval[0].key(2353), p_pKeyval[0].value(7),  "
          "maybe jixin\n"},
         [this] { setDebugLevel(6); });
-    run("the factory set", "34=50", "34=51", "34=51", "2:34=50", {},
+    run("so is one for the factory set", "34=50", "34=51", "34=51", "2:34=50", {},
         [this] { Access::setCurScheme(ctl(), 2); });
 }
 
-TEST_F(SetParametersTest, CacheWritesStayInsideTheSets) {
+TEST_F(SetParametersTest, CacheAndSingleParameterCallsStayInsideTheSetsAndUseTheIsp) {
     installAlike(makeSet("34=50"));
     EXPECT_EQ(ctl().setKeyValToCache(0, 34, 41, false), 5);
     EXPECT_EQ(ctl().setKeyValToCache(0, 99, 41, false), -1);
     EXPECT_EQ(ctl().setKeyValToCache(2, 34, 41, false), -2); // the factory row needs force
     EXPECT_EQ(ctl().setKeyValToCache(2, 34, 42, true), 5);
     EXPECT_EQ(ctl().setKeyValToCache(3, 34, 43, true), -2); // beyond it: never
-    u32 nValue = 7;
-    EXPECT_EQ(ctl().getKeyValFromCache(3, 34, nValue), -1);
-    EXPECT_EQ(ctl().getKeyValFromCache(0, 99, nValue), -1);
-    EXPECT_EQ(nValue, 7u);
+    u32 nStored = 7;
+    EXPECT_EQ(ctl().getKeyValFromCache(3, 34, nStored), -1);
+    EXPECT_EQ(ctl().getKeyValFromCache(0, 99, nStored), -1);
+    EXPECT_EQ(nStored, 7u);
     EXPECT_TRUE(ctl().isKeyValSame({34, 41}));
     EXPECT_FALSE(ctl().isKeyValSame({99, 0}));
-}
 
-TEST_F(SetParametersTest, SingleParameterCallsUseTheSetAndTheIsp) {
-    installAlike(makeSet("34=50"));
     m_objIsp.setValue(0, 2353, 12);
     int nValue = 0;
-    EXPECT_TRUE(ctl().getParameter(34, nValue));
-    EXPECT_EQ(nValue, 50);
-    EXPECT_EQ(ctl().setParameter(34, 41, true), 0);
-    EXPECT_EQ(ctl().setParameter(34, 41, true), 0);
-    EXPECT_EQ(stored(0, 34), 41u);
-    for (int nKey : {160, 161, 163, 165, 167}) { // infrared keys the set lacks: -1, no ISP
+    EXPECT_TRUE(ctl().getParameter(34, nValue) && nValue == 41) << nValue;
+    EXPECT_EQ(ctl().setParameter(34, 40, true), 0);
+    EXPECT_EQ(ctl().setParameter(34, 40, true), 0);
+    EXPECT_EQ(stored(0, 34), 40u);
+    for (int nKey : {160, 161, 163, 165, 167, 2353}) { // infrared keys the set lacks: -1, no ISP
         EXPECT_TRUE(ctl().getParameter(nKey, nValue));
-        EXPECT_EQ(nValue, -1) << nKey;
+        EXPECT_EQ(nValue, nKey == 2353 ? 12 : -1) << nKey;
     }
-    EXPECT_TRUE(ctl().getParameter(2353, nValue));
-    EXPECT_EQ(nValue, 12);
-    EXPECT_EQ(sent(), "34=41 get 2353=12");
-
+    EXPECT_EQ(sent(), "34=40 get 2353=12");
     m_objIsp.failCommand(-1, 2337, -1, -1);
     EXPECT_EQ(ctl().setParameter(2337, 3, true), -2337);
     m_objIsp.failCommand(-1, 2353, 1, -1);
@@ -180,12 +167,13 @@ TEST_F(SetParametersTest, VideoNoticesGoToChannelOneOnTheDualSensorDevice) {
     EXPECT_EQ(ctl().notifyToVideo(8201, 1), 0);
     ctl().setChannelID(2);
     ctl().notifyToVideo(8201, 2);
-    useDeviceType(13);
+    EXPECT_EQ(sent(), "v1:8201=1 v2:8201=2");
+    reset(13);
     EXPECT_EQ(Access::cameraId(ctl()), 2);
     ctl().notifyToVideo(8201, 3);
-    EXPECT_EQ(sent(), "v1:8201=1 v2:8201=2 v1:8201=3");
     m_objVideo.answer(8201, -4);
     EXPECT_EQ(ctl().notifyToVideo(8201, 4), -4);
+    EXPECT_EQ(sent(), "v1:8201=3 v1:8201=4");
     ctl().setVideoStreamModule(nullptr);
     EXPECT_EQ(ctl().notifyToVideo(8201, 5), 0);
 }
@@ -193,20 +181,16 @@ TEST_F(SetParametersTest, VideoNoticesGoToChannelOneOnTheDualSensorDevice) {
 using ConcurrencyTest = ControllerTest;
 
 TEST_F(ConcurrencyTest, SetParameterFromSeveralThreadsStaysConsistent) {
-    constexpr int kWrites = 150;
-    constexpr int kSharedKey = 96;
-    const int aOwnKeys[] = {34, 2337, 2353, 2321};
+    constexpr int kWrites = 150, kSharedKey = 96, aOwnKeys[] = {34, 2337, 2353, 2321};
     installAlike(makeSet("34=0 2337=0 2353=0 2321=0 96=0 145=0"));
-
     CaptureStdout();
     std::vector<std::thread> vecThreads;
     for (int t = 0; t < 4; ++t) {
         vecThreads.emplace_back([this, t, nKey = aOwnKeys[t]] {
-            for (int v = 1; v <= kWrites; ++v) {
+            for (int v = 1, nRead = 0; v <= kWrites; ++v) {
                 ctl().setParameter(nKey, v, true);
                 ctl().setParameter(kSharedKey, t * 1000 + v, true);
                 ctl().setParameter(145, v, true); // a handler reading partners from the set
-                int nRead = 0;
                 ctl().getParameter(nKey, nRead);
             }
         });
@@ -215,7 +199,6 @@ TEST_F(ConcurrencyTest, SetParameterFromSeveralThreadsStaysConsistent) {
         objThread.join();
     }
     GetCapturedStdout();
-
     for (int nKey : aOwnKeys) {
         EXPECT_EQ(stored(0, nKey), static_cast<u32>(kWrites)) << nKey;
         EXPECT_EQ(m_objIsp.getValue(0, nKey), kWrites) << nKey;

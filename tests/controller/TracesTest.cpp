@@ -7,6 +7,11 @@
 namespace sensortest {
 namespace {
 
+// Colour prefix and suffix of the diagnostics.
+std::string coloured(int p_nColour, const std::string& p_strText) {
+    return "\033[0m\033[" + std::to_string(p_nColour) + "m" + p_strText + "\033[0m";
+}
+
 // The red line of one applied record; p_nCmd 0 means the key itself.
 std::string setTrace(const std::string& p_strName, int p_nKey, int p_nValue,
                      const std::string& p_strFunc = "&ISensorController::doIaCmd", int p_nCmd = 0) {
@@ -16,10 +21,6 @@ std::string setTrace(const std::string& p_strName, int p_nKey, int p_nValue,
                             std::to_string(p_nCmd == 0 ? p_nKey : p_nCmd) + " " + strBar + "\n");
 }
 
-std::string masked(const std::string& p_strText) {
-    return std::regex_replace(p_strText, std::regex("line:[0-9]+"), "line:#");
-}
-
 class TracesTest : public ControllerTest {
 protected:
     void SetUp() override {
@@ -27,11 +28,11 @@ protected:
             makeSet("34=50 145=70 146=40 149=18 150=0 151=6 152=30 224=2 161=0 168=0 8102=0"));
         setDebugLevel(6);
     }
-    // What one list prints.
-    std::string printed(std::vector<KeyVal> p_vecList) {
+    // What p_fnRun (by default: applying p_vecList) prints.
+    std::string printed(std::vector<KeyVal> p_vecList, const std::function<void()>& p_fnRun = {}) {
         CaptureStdout();
-        apply(std::move(p_vecList));
-        return masked(GetCapturedStdout());
+        p_fnRun ? p_fnRun() : static_cast<void>(apply(std::move(p_vecList)));
+        return std::regex_replace(GetCapturedStdout(), std::regex("line:[0-9]+"), "line:#");
     }
 };
 
@@ -66,7 +67,6 @@ TEST_F(TracesTest, RefusedAndUnknownKeysAreReported) {
     m_objIsp.clearFailures();
     m_objIsp.failCommand(-1, 34, -1, -7);
     EXPECT_EQ(printed({{34, 41}}), setTrace("KEY_BRIGHTNESS", 34, 41));
-
     // An unknown key is reported step by step and sent as its own command.
     clearRecords();
     EXPECT_EQ(printed({{12, 5}}),
@@ -86,20 +86,20 @@ TEST_F(TracesTest, RefusedAndUnknownKeysAreReported) {
 }
 
 TEST_F(TracesTest, SingleParameterCallsAndSchemeLookupsAreTraced) {
-    CaptureStdout();
-    ctl().setParameter(34, 41, true);
     int nValue = 0;
-    ctl().getParameter(34, nValue);
-    EXPECT_EQ(masked(GetCapturedStdout()),
+    u32 nStored = 0;
+    EXPECT_EQ(printed({},
+                      [&] {
+                          ctl().setParameter(34, 41, true);
+                          ctl().getParameter(34, nValue);
+                          EXPECT_EQ(ctl().getKeyValFromCache(9, 34, nStored), -1);
+                      }),
               coloured(0, "[sensor dbg] file:ISensorController fun:setParameter line:#\n"
                           "p_Parameters22222222222(34, 41)\n") +
                   setTrace("KEY_BRIGHTNESS", 34, 41) + "\n" +
                   coloured(0, "[sensor dbg] file:ISensorController fun:getParameter line:#\n"
-                              "p_nKey(34)\n"));
-    u32 nStored = 0;
-    CaptureStdout();
-    EXPECT_EQ(ctl().getKeyValFromCache(9, 34, nStored), -1);
-    EXPECT_EQ(GetCapturedStdout(), coloured(0, "can not find val, invalid sheme(9) \n"));
+                              "p_nKey(34)\n") +
+                  coloured(0, "can not find val, invalid sheme(9) \n"));
     // Before the first switch the loop's cache and light-type lookups both miss.
     Access::setCurScheme(ctl(), -1);
     const std::string strMiss = coloured(0, "can not find val, invalid sheme(-1) \n");
