@@ -17,36 +17,26 @@ namespace fs = std::filesystem;
 constexpr const char* kConfigDir = "/mnt/mtd/code/config_file";
 constexpr const char* kMergedStyle = "/tmp/merge_style_ch1.xml";
 
-enum class Fault { DiskFull, ShortWrite, ReadOnly, DirectoryInTheWay };
-
 constexpr struct FaultCase {
     const char* szName;
-    Fault eFault;
-} kFaults[] = {{"disk full", Fault::DiskFull},
-               {"short write", Fault::ShortWrite},
-               {"read-only flash", Fault::ReadOnly},
-               {"directory in the way", Fault::DirectoryInTheWay}};
+    int nWriteBudget; // bytes every write may still put down; -1: no limit
+    bool bReadOnly, bDirectoryInTheWay;
+} kFaults[] = {{"disk full", 0, false, false},
+               {"short write", 12, false, false}, // cut inside the second record
+               {"read-only flash", -1, true, false},
+               {"directory in the way", -1, false, true}};
 
 class FailedSaveTest : public ChannelTest {
 protected:
     ~FailedSaveTest() override { clearFaults(); }
 
-    // Makes every write fail as p_eFault does; a directory takes p_strFile's place.
-    void inject(Fault p_eFault, const std::string& p_strFile) const {
-        switch (p_eFault) {
-        case Fault::DiskFull:
-            VXFile::setWriteBudget(0);
-            break;
-        case Fault::ShortWrite:
-            VXFile::setWriteBudget(12); // cut inside the second record
-            break;
-        case Fault::ReadOnly:
-            VXFile::setReadOnly(true);
-            break;
-        case Fault::DirectoryInTheWay:
+    // Makes every write fail as p_stFault does; a directory takes p_strFile's place.
+    void inject(const FaultCase& p_stFault, const std::string& p_strFile) const {
+        VXFile::setWriteBudget(p_stFault.nWriteBudget);
+        VXFile::setReadOnly(p_stFault.bReadOnly);
+        if (p_stFault.bDirectoryInTheWay) {
             fs::remove(m_objRoot.hostPath(p_strFile));
             m_objRoot.writeFile(p_strFile + "/keep", "x");
-            break;
         }
     }
     static void clearFaults() {
@@ -58,40 +48,18 @@ protected:
         std::vector<std::string> vecNames;
         std::error_code ec;
         for (const auto& entry : fs::directory_iterator(m_objRoot.hostPath(p_strDir), ec)) {
-            const std::string strName = entry.path().filename().string();
-            if (strName.front() == '.') {
-                vecNames.push_back(strName);
+            if (entry.path().filename().string().front() == '.') {
+                vecNames.push_back(entry.path().filename().string());
             }
         }
         return vecNames;
     }
 };
 
-TEST_F(FailedSaveTest, AFlushThatCannotReplaceTheFileFailsDistinctlyAndKeepsIt) {
-    for (const FaultCase& stCase : kFaults) {
-        SCOPED_TRACE(stCase.szName);
-        ISensorController& c = upMini();
-        const std::string strFile = schemeFile(1, 0);
-        ASSERT_EQ(SNS_SUCCESS, c.setParameter(34, 61, true));
-        const std::string strBefore = m_objRoot.readFile(strFile);
-        inject(stCase.eFault, strFile);
-
-        EXPECT_EQ(SNS_ERR_FILE_WRITE, c.flush());
-        EXPECT_FALSE(c.setMirrorMode(1)) << "the mirror never reached flash";
-        if (stCase.eFault != Fault::DirectoryInTheWay) {
-            EXPECT_EQ(strBefore, m_objRoot.readFile(strFile)) << "the old file, byte for byte";
-        }
-        EXPECT_TRUE(temporaries(kConfigDir).empty());
-        EXPECT_EQ(61, param(34)) << "memory keeps the unsaved value";
-
-        clearFaults();
-        fs::remove_all(m_objRoot.hostPath(strFile));
-        EXPECT_EQ(SNS_SUCCESS, c.flush()) << "the next flush saves it";
-        EXPECT_EQ(61, valueOf(readSet(strFile), 34));
-    }
-}
-
-TEST_F(FailedSaveTest, StartUpAndResetThatCannotWriteKeepTheFactorySetAndSaySo) {
+// Start-up and reset that cannot write keep the factory set and say so; once
+// the flash takes writes again, a flush that cannot replace its file fails
+// distinctly and keeps the old file and the unsaved value in memory.
+TEST_F(FailedSaveTest, FailedWritesAtStartUpResetAndFlushLoseNothing) {
     for (const FaultCase& stCase : kFaults) {
         SCOPED_TRACE(stCase.szName);
         upMini();
@@ -99,9 +67,9 @@ TEST_F(FailedSaveTest, StartUpAndResetThatCannotWriteKeepTheFactorySetAndSaySo) 
         fs::remove_all(m_objRoot.hostPath(kConfigDir));
         fs::create_directories(m_objRoot.hostPath(kConfigDir));
         m_objRoot.writeFile(kMergedStyle, "<OLD/>");
-        inject(stCase.eFault, schemeFile(1, 0));
+        inject(stCase, schemeFile(1, 0));
         ISensorController& c = bringUp();
-        if (stCase.eFault != Fault::DirectoryInTheWay) {
+        if (!stCase.bDirectoryInTheWay) {
             EXPECT_EQ("<OLD/>", m_objRoot.readFile(kMergedStyle)) << "never a cut copy";
         }
         EXPECT_TRUE(temporaries("/tmp").empty());
@@ -113,7 +81,7 @@ TEST_F(FailedSaveTest, StartUpAndResetThatCannotWriteKeepTheFactorySetAndSaySo) 
         EXPECT_EQ(50, param(34));
         EXPECT_FALSE(c.resetParameters()) << "the reset could not write its files";
         EXPECT_TRUE(temporaries(kConfigDir).empty());
-        if (stCase.eFault == Fault::DirectoryInTheWay) {
+        if (stCase.bDirectoryInTheWay) {
             EXPECT_TRUE(fs::is_directory(m_objRoot.hostPath(schemeFile(1, 0))));
             fs::remove_all(m_objRoot.hostPath(schemeFile(1, 0)));
         } else {
@@ -122,6 +90,23 @@ TEST_F(FailedSaveTest, StartUpAndResetThatCannotWriteKeepTheFactorySetAndSaySo) 
         clearFaults();
         EXPECT_TRUE(c.resetParameters());
         EXPECT_TRUE(m_objRoot.exists(schemeFile(1, 0)) && m_objRoot.exists(schemeFile(1, 1)));
+
+        Access::stopThread(c);
+        ASSERT_EQ(SNS_SUCCESS, c.setParameter(34, 61, true));
+        const std::string strBefore = m_objRoot.readFile(schemeFile(1, 0));
+        inject(stCase, schemeFile(1, 0));
+        EXPECT_EQ(SNS_ERR_FILE_WRITE, c.flush());
+        EXPECT_FALSE(c.setMirrorMode(1)) << "the mirror never reached flash";
+        if (!stCase.bDirectoryInTheWay) {
+            EXPECT_EQ(strBefore, m_objRoot.readFile(schemeFile(1, 0)))
+                << "the old file, byte for byte";
+        }
+        EXPECT_TRUE(temporaries(kConfigDir).empty());
+        EXPECT_EQ(61, param(34)) << "memory keeps the unsaved value";
+        clearFaults();
+        fs::remove_all(m_objRoot.hostPath(schemeFile(1, 0)));
+        EXPECT_EQ(SNS_SUCCESS, c.flush()) << "the next flush saves it";
+        EXPECT_EQ(61, valueOf(readSet(schemeFile(1, 0)), 34));
     }
 }
 
