@@ -2,7 +2,6 @@
 
 namespace sensortest {
 
-// Constants have internal linkage: no unnamed namespace needed.
 constexpr const char* kMiniStyle = R"(<Style><Tab key="scheme">
 <Control id="8000" value="0"><Item index="0"/><Item index="1"/><Item index="2"/></Control>
 <Control id="8001" value="0"/><Control id="8002" value="0"/><Control id="8003" value="24"/>

@@ -84,16 +84,14 @@ protected:
         }
         return vecPairs;
     }
-    // What a getter reads into a value starting as p_start; nullopt when it fails.
+    // What a getter reads into a value starting as p_value; nullopt when it fails.
     template <typename T>
-    std::optional<T> read(bool (ISensorController::*p_pGet)(T&), T p_start = T(-7)) const {
-        T value = p_start;
-        return (m_pController.get()->*p_pGet)(value) ? std::optional<T>(value) : std::nullopt;
+    std::optional<T> read(bool (ISensorController::*p_pGet)(T&), T p_value = T(-7)) const {
+        return (m_pController.get()->*p_pGet)(p_value) ? std::optional<T>(p_value) : std::nullopt;
     }
     std::optional<int> param(u32 p_nKey) const { // as getParameter answers it
-        int nValue = -7;
-        return m_pController->getParameter(p_nKey, nValue) ? std::optional<int>(nValue)
-                                                           : std::nullopt;
+        int n = -7;
+        return m_pController->getParameter(p_nKey, n) ? std::optional<int>(n) : std::nullopt;
     }
     // ISP SET calls of a command on a channel, in order, as values.
     std::vector<int32_t> setsOf(uint32_t p_nCmd, int p_nChannel = 0) const {
@@ -108,8 +106,8 @@ protected:
     // An attribute record listing p_vecItems (param_type 0) or a plain range 1..100 (1).
     static ia_dynamic_params_attr_st attr(int32_t p_nType, int32_t p_nDefault,
                                           const std::vector<int32_t>& p_vecItems) {
-        ia_dynamic_params_attr_st stAttr{
-            p_nType, p_nDefault, 1, 100, static_cast<int32_t>(p_vecItems.size()), {}};
+        ia_dynamic_params_attr_st stAttr{p_nType, p_nDefault, 1, 100, int32_t(p_vecItems.size()),
+                                         {}};
         std::copy(p_vecItems.begin(), p_vecItems.end(), stAttr.item);
         return stAttr;
     }

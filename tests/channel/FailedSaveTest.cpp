@@ -1,19 +1,15 @@
-// Saves that cannot happen (full or read-only flash, a directory in the way, a
-// write cut short) are reported and never replace a file; start-up and reset
-// cope with files they cannot write, and clear what a power cut left behind.
+// Saves that cannot happen are reported and never replace a file; start-up clears
+// what a power cut left behind.
 #include "ChannelFixture.h"
 
 #include <filesystem>
 #include <malloc.h>
 
-#include "config/SensorFile.h"
 #include "platform/VXFile.h"
 
 namespace sensortest {
 namespace {
-
 namespace fs = std::filesystem;
-
 constexpr const char* kConfigDir = "/mnt/mtd/code/config_file";
 constexpr const char* kMergedStyle = "/tmp/merge_style_ch1.xml";
 
@@ -56,9 +52,8 @@ protected:
     }
 };
 
-// Start-up and reset that cannot write keep the factory set and say so; once
-// the flash takes writes again, a flush that cannot replace its file fails
-// distinctly and keeps the old file and the unsaved value in memory.
+// Start-up and reset that cannot write keep the factory set and say so; then a
+// flush that cannot replace its file keeps it and the unsaved value in memory.
 TEST_F(FailedSaveTest, FailedWritesAtStartUpResetAndFlushLoseNothing) {
     for (const FaultCase& stCase : kFaults) {
         SCOPED_TRACE(stCase.szName);
@@ -90,7 +85,6 @@ TEST_F(FailedSaveTest, FailedWritesAtStartUpResetAndFlushLoseNothing) {
         clearFaults();
         EXPECT_TRUE(c.resetParameters());
         EXPECT_TRUE(m_objRoot.exists(schemeFile(1, 0)) && m_objRoot.exists(schemeFile(1, 1)));
-
         Access::stopThread(c);
         ASSERT_EQ(SNS_SUCCESS, c.setParameter(34, 61, true));
         const std::string strBefore = m_objRoot.readFile(schemeFile(1, 0));

@@ -30,18 +30,18 @@ protected:
     }
 };
 
-// The lowest matching window wins; a window's end is outside it, and one past
-// midnight never matches. Started inside a window, the window's scheme is the
-// first applied: scheme 0 never is.
+// The lowest matching window wins, its end is outside it, one past midnight
+// never matches; started inside a window, its scheme is the first applied.
 TEST_F(SchemeTest, TimeWindowsPickTheLowestMatchingScheme) {
+    const Windows vecTwo = {{0, 2400}, {800, 1800}}, vecThree = {{0, 0}, {800, 1800}, {2200, 600}};
     const struct {
-        Windows vecWin;
+        const Windows& vecWin;
         int nHour, nMinute, nScheme, nSchedule;
-    } aCases[] = {{{{0, 2400}, {800, 1800}}, 7, 59, 0, 1},
-                  {{{0, 2400}, {800, 1800}}, 8, 0, 0, 1},
-                  {{{0, 0}, {800, 1800}, {2200, 600}}, 8, 0, 1, 1},
-                  {{{0, 0}, {800, 1800}, {2200, 600}}, 18, 0, 0, 0},
-                  {{{0, 0}, {800, 1800}, {2200, 600}}, 23, 0, 0, 0}};
+    } aCases[] = {{vecTwo, 7, 59, 0, 1},
+                  {vecTwo, 8, 0, 0, 1},
+                  {vecThree, 8, 0, 1, 1},
+                  {vecThree, 18, 0, 0, 0},
+                  {vecThree, 23, 0, 0, 0}};
     for (const auto& stCase : aCases) {
         SCOPED_TRACE(std::to_string(stCase.nHour) + ":" + std::to_string(stCase.nMinute));
         ISensorController& c = upWithWindows(1, stCase.vecWin, 1);
@@ -58,10 +58,8 @@ TEST_F(SchemeTest, TimeWindowsPickTheLowestMatchingScheme) {
     }
 }
 
-// Outside its windows the thread stays in scheme 0; in LPR mode it enters a
-// window with a forced switch (every record applied, including the ones equal
-// to the last scheme) and outside every window lets day/night decide through
-// the LPR switch, which sends day/night mode 0 and leaves the stored one alone.
+// In LPR mode a window is entered with a forced switch (every record applied) and
+// outside all windows day/night decides through the LPR switch (day/night mode 0 sent).
 TEST_F(SchemeTest, ThreadFollowsTimeWindowsAndInLprModeFallsBackToDayNight) {
     for (const int nType : {1, 8}) {
         SCOPED_TRACE(nType == 8 ? "LPR" : "plain");
@@ -96,9 +94,7 @@ TEST_F(SchemeTest, ThreadFollowsTimeWindowsAndInLprModeFallsBackToDayNight) {
     }
 }
 
-// By day/night the thread switches unless in manual mode or during a reset;
-// host switches to the current scheme apply nothing, the factory set can be
-// made current but is never written, and nothing beyond it exists.
+// The thread switches by day/night unless manual or resetting; host switches.
 TEST_F(SchemeTest, DayNightAndHostSwitchesAndTheFactorySet) {
     ISensorController& c = upWithWindows(1, {{0, 0}, {0, 0}}, 2);
     EXPECT_TRUE(Access::schemeByDN(c));

@@ -1,15 +1,14 @@
-// Channel start-up and release: files, stamp, flags by device type and detail,
-// the first scheme, the thread, and the UI file list.
+// Channel start-up: files, stamp, flags by device type and detail, the first scheme, UI files.
 #include "ChannelFixture.h"
 
 #include <cstring>
 #include <filesystem>
 #include <sstream>
+#include <tuple>
 
 #include "config/sensor.h"
 
 namespace sensortest {
-
 namespace {
 const std::string kConfigDir = "/mnt/mtd/code/config_file/";
 } // namespace
@@ -45,17 +44,15 @@ TEST_F(StartupTest, FreshFlashCreatesFourSchemeFilesAndTheStampAllUnderTheRoot) 
         EXPECT_EQ(0u, valueOf(vecSet, KEY_SCHEME_MODE));
         EXPECT_EQ(50u, valueOf(vecSet, KEY_BRIGHTNESS));
     }
-    EXPECT_FALSE(Access::schemeByDN(c) || Access::schemeByTime(c));
-    EXPECT_EQ(0, Access::curScheme(c));
+    EXPECT_EQ(std::make_tuple(1, 7, 0, false, false),
+              std::make_tuple(c.getSensorStatus(), c.getSensorType(), Access::curScheme(c),
+                              Access::schemeByDN(c), Access::schemeByTime(c)))
+        << "ready, the module's type, scheme 0, no scheme policy";
     // Scheme 0 applied in full; the window keys are stored only.
     EXPECT_EQ(std::vector<int32_t>{50}, setsOf(KEY_BRIGHTNESS));
     EXPECT_EQ(std::vector<int32_t>{128}, setsOf(KEY_SATURATION));
     EXPECT_TRUE(setsOf(8001).empty());
     EXPECT_GE(m_pClock->waitCount(), 1) << "init runs one pass, which waits first";
-    EXPECT_EQ(1, c.getSensorStatus());
-    EXPECT_EQ(7, c.getSensorType());
-    EXPECT_THAT(c.getUIStyleFile(), HasSubstr("<Tab key=\"image\">"));
-    EXPECT_TRUE(m_objRoot.exists("/tmp/merge_style_ch1.xml"));
     // The rest of a life writes nothing outside the root either.
     c.setParameters(std::string("(34,61)(2337,62)"), true);
     c.flush();
@@ -66,43 +63,38 @@ TEST_F(StartupTest, FreshFlashCreatesFourSchemeFilesAndTheStampAllUnderTheRoot) 
         << "/mnt/mtd, /hd1, /tmp/merge_style_ch1.xml, /tmp/Debug.sign";
 }
 
-// The flags and camera of each device type, asked channel and detail; an LPR
-// device also creates its night scheme 1 with the LPR values, the other
-// schemes with the factory set.
+// The LPR device, first on a fresh flash, creates its night scheme 1 with the
+// LPR values, the other schemes with the factory set.
 TEST_F(StartupTest, DeviceTypeChannelAndDetailFieldsDecideTheChannelFlags) {
-    // Type, asked channel, camera, flags (T thermal, L LPR, I limited IR power, N a
-    // lens), detail; the LPR device first, on a fresh flash.
+    // Type, asked channel, camera and flags (T thermal, L LPR, I limited IR power,
+    // N a lens), detail.
     std::istringstream inCases(
-        "8 1 1 L (max_scheme=4);13 1 2 T;13 2 2 T;14 1 1 -;14 2 2 T;19 1 1 -;19 2 2 T;23 1 1 -;"
-        "23 2 2 T;17 2 2 T;1 2 2 I (isInfrared=17);"
-        "8 1 1 - (max_scheme=4)(isInfrared=1);8 1 1 - (isInfrared=0);"
-        "4 2 2 - (lensId=0);4 1 1 N (lensId=3);4 1 1 - (lensId 3)");
+        "8 1 1L (max_scheme=4);13 1 2T;13 2 2T;14 1 1;14 2 2T;19 1 1;19 2 2T;23 1 1;23 2 2T;"
+        "17 2 2T;1 2 2I (isInfrared=17);8 1 1 (max_scheme=4)(isInfrared=1);8 1 1 (isInfrared=0);"
+        "4 2 2 (lensId=0);4 1 1N (lensId=3);4 1 1 (lensId 3)");
     for (std::string strCase; std::getline(inCases, strCase, ';');) {
         SCOPED_TRACE(strCase);
         std::istringstream in(strCase);
-        int nType = 0, nAsked = 0, nCamera = 0;
-        std::string strFlags, strDetail;
-        in >> nType >> nAsked >> nCamera >> strFlags >> std::ws;
+        int nType = 0, nAsked = 0;
+        std::string strExpected, strDetail;
+        in >> nType >> nAsked >> strExpected >> std::ws;
         std::getline(in, strDetail);
-        const auto flag = [&strFlags](char p_c) { return strFlags.find(p_c) != std::string::npos; };
         ::testing::internal::CaptureStdout();
         ISensorController& c = upMini(nType, strDetail, nAsked);
         const bool bPrinted = ::testing::internal::GetCapturedStdout().find(
                                   "#### m_bisLimitedIrPower is true!\n") != std::string::npos;
-        EXPECT_EQ(nCamera, c.getCameraID());
-        EXPECT_EQ(flag('T'), c.isThermalChannel());
-        EXPECT_EQ(flag('L'), Access::lprMode(c));
-        EXPECT_EQ(flag('I'), Access::limitedIrPower(c));
-        EXPECT_EQ(flag('I'), bPrinted);
-        EXPECT_EQ(flag('N'), Access::hasLens(c));
-        if (flag('L')) {
-            const std::vector<KeyVal> vecNight = readSet(schemeFile(1, 1));
-            for (const KeyVal& stKv :
-                 {KeyVal{KEY_DN_MODE, 0}, KeyVal{KEY_MAX_SHUTTER, 18}, KeyVal{KEY_MIN_SHUTTER, 20},
-                  KeyVal{KEY_METER_AREA, 1}, KeyVal{KEY_IR_MODE, 2},
-                  KeyVal{KEY_IR_MANUAL_STRG_NEAR, 40}}) {
-                EXPECT_EQ(stKv.value, valueOf(vecNight, stKv.key)) << "key " << stKv.key;
+        EXPECT_EQ(strExpected, std::to_string(c.getCameraID()) + (c.isThermalChannel() ? "T" : "") +
+                                   (Access::lprMode(c) ? "L" : "") +
+                                   (Access::limitedIrPower(c) ? "I" : "") +
+                                   (Access::hasLens(c) ? "N" : ""));
+        EXPECT_EQ(Access::limitedIrPower(c), bPrinted);
+        if (Access::lprMode(c)) {
+            std::vector<u32> vecNight;
+            for (const u32 nKey : {KEY_DN_MODE, KEY_MAX_SHUTTER, KEY_MIN_SHUTTER, KEY_METER_AREA,
+                                   KEY_IR_MODE, KEY_IR_MANUAL_STRG_NEAR}) {
+                vecNight.push_back(valueOf(readSet(schemeFile(1, 1)), nKey));
             }
+            EXPECT_EQ((std::vector<u32>{0, 18, 20, 1, 2, 40}), vecNight);
             EXPECT_EQ(100u, valueOf(readSet(schemeFile(1, 0)), KEY_MAX_SHUTTER));
         }
     }
@@ -134,8 +126,6 @@ TEST_F(StartupTest, ThermalChannelUsesThermalFilesAndRemovesOnlyThem) {
     EXPECT_EQ(13u * 8, m_objRoot.readFile(kConfigDir + "sensor-thermal0.cfg").size());
 }
 
-// An unknown id falls back to the first entry of the list (SysConfigTest
-// covers releasing the list once).
 TEST_F(StartupTest, UiFilesFallBackToTheFirstEntry) {
     ISensorController objCtl;
     EXPECT_EQ("", objCtl.getUICommonFile(1)) << "an empty list";

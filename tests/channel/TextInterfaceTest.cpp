@@ -7,11 +7,8 @@ namespace sensortest {
 
 using TextInterfaceTest = ChannelTest;
 
-// Sets apply in request order and reads answer in request order; a key neither
-// the set nor the ISP knows is dropped from the reply, and so is anything not a
-// number (never read as key 0, as atoi would have it). Malformed or over-long id
-// lists are refused whole, and so are texts of more pairs than the set holds or
-// too long: nothing of a refused text is applied.
+// A key neither the set nor the ISP knows is left out of the reply, and so is anything
+// not a number (never key 0, as atoi would have it); refused texts apply nothing.
 TEST_F(TextInterfaceTest, SetsAndGetsInRequestOrderAndMalformedTextsAreRefusedWhole) {
     ISensorController& c = upMini();
     EXPECT_EQ(SNS_SUCCESS, c.setParameters(std::string("(34,60)junk(2337,90)"), true));
@@ -39,10 +36,9 @@ TEST_F(TextInterfaceTest, SetsAndGetsInRequestOrderAndMalformedTextsAreRefusedWh
     EXPECT_TRUE(c.parseSensorParameter("(34)", vecIds));
     EXPECT_EQ(std::vector<std::string>{"34"}, vecIds);
     strOut = "untouched";
-    for (const std::string& strBad :
-         {std::string(), std::string("()"), std::string("34,2337)"), std::string("(34,2337"),
-          std::string(" (34)"), std::string("(34) "), std::string("(34))"), std::string("(3)4)"),
-          "(" + times(999999, ",") + ")", "(34" + times(256, ",34") + ")"}) {
+    for (const std::string& strBad : std::vector<std::string>{
+             "", "()", "34,2337)", "(34,2337", " (34)", "(34) ", "(34))", "(3)4)",
+             "(" + times(999999, ",") + ")", "(34" + times(256, ",34") + ")"}) {
         SCOPED_TRACE(strBad.substr(0, 20));
         ::testing::internal::CaptureStdout();
         EXPECT_EQ(0, c.getParameters(strBad, strOut));
@@ -61,8 +57,6 @@ TEST_F(TextInterfaceTest, SetsAndGetsInRequestOrderAndMalformedTextsAreRefusedWh
     EXPECT_TRUE(setsOf(KEY_BRIGHTNESS).empty()) << "nothing of a refused text is applied";
 }
 
-// Only range-capable dynamic commands report a range; a continuous one reports
-// no list and leaves the default alone.
 TEST_F(TextInterfaceTest, RangesOnlyForRangeCapableDynamicCommands) {
     ISensorController& c = upMini();
     m_objIsp.setDynamicCommands(0, {KEY_MAX_SHUTTER, KEY_BRIGHTNESS});
@@ -81,8 +75,8 @@ TEST_F(TextInterfaceTest, RangesOnlyForRangeCapableDynamicCommands) {
     EXPECT_EQ(std::make_pair(-1, std::string()), std::make_pair(nDefault, strRange));
 }
 
-// The whole set comes from the live set, corrected by the ISP, unless a style
-// value is above 199: then from the stored file; the factory set has no file.
+// From the live set, corrected by the ISP, unless a style value is above 199: then
+// from the stored file; the factory set has no file.
 TEST_F(TextInterfaceTest, AllParametersFromTheFileOrTheCorrectedSet) {
     ISensorController& c = upMini();
     const auto all = [&c](std::string p_strOut) {
@@ -105,8 +99,6 @@ TEST_F(TextInterfaceTest, AllParametersFromTheFileOrTheCorrectedSet) {
     EXPECT_EQ("same", all("same"));
 }
 
-// The diagnostic record: read a field, write three, too few fields touch
-// nothing, and an ISP error comes back unchanged.
 TEST_F(TextInterfaceTest, SensorCheckReadsAndWritesTheDiagnosticRecord) {
     ISensorController& c = upMini();
     const auto check = [&c](std::string p_strRequest) {
