@@ -208,6 +208,11 @@ TEST_F(ParameterSafetyTest, FlushRestoreAndResetToLastKeepEveryStoredValue) {
         << "nothing else is applied";
     EXPECT_EQ(66, param(KEY_BRIGHTNESS));
     ASSERT_TRUE(c.setParamScheme(1));
+    ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_BRIGHTNESS, 69, true));
+    ASSERT_EQ(SNS_SUCCESS, c.flush());
+    EXPECT_EQ(std::make_pair(66u, 69u), std::make_pair(valueOf(readSet(schemeFile(1, 0)), 34),
+                                                       valueOf(readSet(schemeFile(1, 1)), 34)))
+        << "each scheme saved to its own file";
     for (const bool bDirectory : {false, true}) {
         ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_BRIGHTNESS, 70, true));
         const std::vector<KeyVal> vecBefore = Access::row(c, 1);
