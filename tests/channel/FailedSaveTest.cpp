@@ -39,16 +39,13 @@ protected:
         VXFile::setWriteBudget(-1);
         VXFile::setReadOnly(false);
     }
-    // Hidden entries of a directory: temporaries of writes.
-    std::vector<std::string> temporaries(const std::string& p_strDir) const {
-        std::vector<std::string> vecNames;
+    // How many hidden entries, temporaries of writes, a directory holds.
+    long temporaries(const std::string& p_strDir) const {
         std::error_code ec;
-        for (const auto& entry : fs::directory_iterator(m_objRoot.hostPath(p_strDir), ec)) {
-            if (entry.path().filename().string().front() == '.') {
-                vecNames.push_back(entry.path().filename().string());
-            }
-        }
-        return vecNames;
+        return std::count_if(fs::directory_iterator(m_objRoot.hostPath(p_strDir), ec),
+                             fs::directory_iterator(), [](const fs::directory_entry& e) {
+                                 return e.path().filename().string().front() == '.';
+                             });
     }
 };
 
@@ -67,7 +64,7 @@ TEST_F(FailedSaveTest, FailedWritesAtStartUpResetAndFlushLoseNothing) {
         if (!stCase.bDirectoryInTheWay) {
             EXPECT_EQ("<OLD/>", m_objRoot.readFile(kMergedStyle)) << "never a cut copy";
         }
-        EXPECT_TRUE(temporaries("/tmp").empty());
+        EXPECT_EQ(0, temporaries("/tmp"));
         EXPECT_THAT(c.getUIStyleFile(), HasSubstr("id=\"2337\"")) << "the merged text in memory";
         const auto vecFactory = pairsOf(Access::row(c, Access::schemeSum(c)));
         for (u32 s = 0; s < Access::schemeSum(c); ++s) {
@@ -75,7 +72,7 @@ TEST_F(FailedSaveTest, FailedWritesAtStartUpResetAndFlushLoseNothing) {
         }
         EXPECT_EQ(50, param(34));
         EXPECT_FALSE(c.resetParameters()) << "the reset could not write its files";
-        EXPECT_TRUE(temporaries(kConfigDir).empty());
+        EXPECT_EQ(0, temporaries(kConfigDir));
         if (stCase.bDirectoryInTheWay) {
             EXPECT_TRUE(fs::is_directory(m_objRoot.hostPath(schemeFile(1, 0))));
             fs::remove_all(m_objRoot.hostPath(schemeFile(1, 0)));
@@ -95,7 +92,7 @@ TEST_F(FailedSaveTest, FailedWritesAtStartUpResetAndFlushLoseNothing) {
             EXPECT_EQ(strBefore, m_objRoot.readFile(schemeFile(1, 0)))
                 << "the old file, byte for byte";
         }
-        EXPECT_TRUE(temporaries(kConfigDir).empty());
+        EXPECT_EQ(0, temporaries(kConfigDir));
         EXPECT_EQ(61, param(34)) << "memory keeps the unsaved value";
         clearFaults();
         fs::remove_all(m_objRoot.hostPath(schemeFile(1, 0)));
@@ -121,7 +118,7 @@ TEST_F(FailedSaveTest, StartUpRemovesTheTemporariesAPowerCutLeftOfItsOwnFilesOnl
     for (const auto& [szName, bKept] : vecFiles) {
         EXPECT_EQ(bKept, m_objRoot.exists(strDir + szName)) << szName;
     }
-    EXPECT_EQ(3u, temporaries(kConfigDir).size()) << "two kept and the live writer's";
+    EXPECT_EQ(3, temporaries(kConfigDir)) << "two kept and the live writer's";
     objWriter.discard();
 }
 
