@@ -144,11 +144,11 @@ TEST_F(ParameterSafetyTest, RecordsARefusalKeptFromTheIspAreSentLater) {
         {"reset to last", [](ISensorController& c) { c.resetToLastParameters(); }},
         {"restore another key", [](ISensorController& c) { c.restore(KEY_BRIGHTNESS); }},
         {"switch", [](ISensorController& c) { c.setParamScheme(0); }}};
+    upMini();
+    takeDown();
+    writeV60(2); // no action below writes a file
     for (const auto& [szAction, fnAction] : aCases) {
         SCOPED_TRACE(szAction);
-        upMini();
-        takeDown();
-        writeV60(2);
         ISensorController& c = upMini();
         ASSERT_TRUE(c.setParamScheme(2)); // the factory set: every checked key differs
         m_objIsp.failCommand(0, KEY_SATURATION, 0, -1);

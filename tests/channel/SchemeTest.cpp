@@ -64,7 +64,6 @@ TEST_F(SchemeTest, ThreadFollowsTimeWindowsAndInLprModeFallsBackToDayNight) {
     for (const int nType : {1, 8}) {
         SCOPED_TRACE(nType == 8 ? "LPR" : "plain");
         ISensorController& c = upWithWindows(nType, {{0, 0}, {800, 1800}}, 1);
-        EXPECT_TRUE(Access::schemeByTime(c));
         ASSERT_EQ(nType == 8, Access::lprMode(c));
         if (nType == 1) {
             EXPECT_EQ(0, Access::curScheme(c)) << "init's own pass found no window: scheme 0";
@@ -97,7 +96,6 @@ TEST_F(SchemeTest, ThreadFollowsTimeWindowsAndInLprModeFallsBackToDayNight) {
 // The thread switches by day/night unless manual or resetting; host switches.
 TEST_F(SchemeTest, DayNightAndHostSwitchesAndTheFactorySet) {
     ISensorController& c = upWithWindows(1, {{0, 0}, {0, 0}}, 2);
-    EXPECT_TRUE(Access::schemeByDN(c));
     m_objIsp.setValue(0, 153, 0);
     c.sensorThread();
     EXPECT_EQ(0, Access::curScheme(c));
