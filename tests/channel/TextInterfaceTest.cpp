@@ -57,7 +57,8 @@ TEST_F(TextInterfaceTest, SetsAndGetsInRequestOrderAndMalformedTextsAreRefusedWh
     EXPECT_TRUE(setsOf(KEY_BRIGHTNESS).empty()) << "nothing of a refused text is applied";
 }
 
-TEST_F(TextInterfaceTest, RangesOnlyForRangeCapableDynamicCommands) {
+// Ranges only for range-capable dynamic commands; the diagnostic record read and written.
+TEST_F(TextInterfaceTest, RangesAndTheDiagnosticRecordComeFromTheIsp) {
     ISensorController& c = upMini();
     m_objIsp.setDynamicCommands(0, {KEY_MAX_SHUTTER, KEY_BRIGHTNESS});
     m_objIsp.setAttribute(0, KEY_MAX_SHUTTER, attr(0, 2, {1, 2, 5}));
@@ -73,6 +74,24 @@ TEST_F(TextInterfaceTest, RangesOnlyForRangeCapableDynamicCommands) {
     nDefault = -1;
     EXPECT_TRUE(c.getSensorParamRange(KEY_MAX_SHUTTER, nDefault, strRange));
     EXPECT_EQ(std::make_pair(-1, std::string()), std::make_pair(nDefault, strRange));
+    const auto check = [&c](std::string p_strRequest) {
+        const int nResult = c.SensorCheck(p_strRequest);
+        return std::make_pair(nResult, p_strRequest);
+    };
+    std::vector<uint8_t> vecRecord(16, 0);
+    vecRecord[12] = 42;
+    ASSERT_TRUE(m_objIsp.setRecord(0, 2816, vecRecord));
+    EXPECT_EQ(std::make_pair(0, std::string("42")), check("(5,2,7)"));
+    EXPECT_EQ(std::make_pair(0, std::string("(5,1,7)")), check("(5,1,7)"));
+    vecRecord = m_objIsp.getRecord(0, 2816);
+    ASSERT_EQ(16u, vecRecord.size());
+    EXPECT_EQ((std::vector<uint8_t>{5, 1, 7}),
+              (std::vector<uint8_t>{vecRecord[0], vecRecord[4], vecRecord[8]}));
+    m_objIsp.clearLog();
+    EXPECT_EQ(std::make_pair(0, std::string("(5,2)")), check("(5,2)"));
+    EXPECT_TRUE(m_objIsp.log().empty());
+    m_objIsp.failCommand(0, 2816, -1, -7);
+    EXPECT_EQ(-7, check("(1,1,1)").first);
 }
 
 // From the live set, corrected by the ISP, unless a style value is above 199: then
@@ -97,28 +116,6 @@ TEST_F(TextInterfaceTest, AllParametersFromTheFileOrTheCorrectedSet) {
     EXPECT_THAT(all(""), HasSubstr("(34,61)"));
     ASSERT_TRUE(c.setParamScheme(2));
     EXPECT_EQ("same", all("same"));
-}
-
-TEST_F(TextInterfaceTest, SensorCheckReadsAndWritesTheDiagnosticRecord) {
-    ISensorController& c = upMini();
-    const auto check = [&c](std::string p_strRequest) {
-        const int nResult = c.SensorCheck(p_strRequest);
-        return std::make_pair(nResult, p_strRequest);
-    };
-    std::vector<uint8_t> vecRecord(16, 0);
-    vecRecord[12] = 42;
-    ASSERT_TRUE(m_objIsp.setRecord(0, 2816, vecRecord));
-    EXPECT_EQ(std::make_pair(0, std::string("42")), check("(5,2,7)"));
-    EXPECT_EQ(std::make_pair(0, std::string("(5,1,7)")), check("(5,1,7)"));
-    vecRecord = m_objIsp.getRecord(0, 2816);
-    ASSERT_EQ(16u, vecRecord.size());
-    EXPECT_EQ((std::vector<uint8_t>{5, 1, 7}),
-              (std::vector<uint8_t>{vecRecord[0], vecRecord[4], vecRecord[8]}));
-    m_objIsp.clearLog();
-    EXPECT_EQ(std::make_pair(0, std::string("(5,2)")), check("(5,2)"));
-    EXPECT_TRUE(m_objIsp.log().empty());
-    m_objIsp.failCommand(0, 2816, -1, -7);
-    EXPECT_EQ(-7, check("(1,1,1)").first);
 }
 
 } // namespace sensortest
