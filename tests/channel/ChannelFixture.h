@@ -4,16 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "common/SensorKeys.h"
 #include "config/SensorFile.h"
-#include "controller/ISensorController.h"
 #include "isp/IspSimulator.h"
 #include "platform/VXClock.h"
 #include "support/ControllerTestAccess.h"
@@ -27,7 +19,13 @@ using ::testing::HasSubstr;
 
 class ChannelTest : public ::testing::Test {
 protected:
-    ChannelTest();
+    ChannelTest() {
+        installClock(m_pClock);
+        m_objIsp.loadDefaultProfile();
+        m_objIsp.reset();
+        ISensorController::m_nChanneldDosomething = -1;
+        ISensorController::m_nPassKeycmd = -1;
+    }
     ~ChannelTest() override {
         takeDown();
         installClock(nullptr);
@@ -35,11 +33,23 @@ protected:
 
     // A device of this type whose styles hold 13 keys: 8000..8004, then an image tab.
     void useMiniDevice(int p_nType, const std::string& p_strDetail);
-    // Constructs, sets the channel and the video module, and runs init.
-    ISensorController& bringUp(int p_nChannel = 1);
+    // Inits a channel with the module the device's configuration file describes.
+    ISensorController& bringUp(int p_nChannel = 1) {
+        m_pController = std::make_unique<ISensorController>();
+        m_pController->setChannelID(p_nChannel);
+        m_pController->setVideoStreamModule(&m_objVideo);
+        m_pController->init(deviceModules().at(0));
+        return *m_pController;
+    }
     // A mini device up with its thread stopped (the test runs the passes) and the log empty.
     ISensorController& upMini(int p_nType = 1, const std::string& p_strDetail = "(max_scheme=2)",
-                              int p_nChannel = 1);
+                              int p_nChannel = 1) {
+        takeDown();
+        useMiniDevice(p_nType, p_strDetail);
+        Access::stopThread(bringUp(p_nChannel));
+        m_objIsp.clearLog();
+        return *m_pController;
+    }
     void takeDown() {
         if (m_pController) {
             m_pController->uinit();
@@ -74,17 +84,14 @@ protected:
         }
         return vecPairs;
     }
-    // What a getter reads into a value starting as p_start; nullopt when it fails.
+    // What a getter reads into a value starting as p_value; nullopt when it fails.
     template <typename T>
-    std::optional<T> read(bool (ISensorController::*p_pGet)(T&), T p_start = T(-7)) const {
-        T value = p_start;
-        return (m_pController.get()->*p_pGet)(value) ? std::optional<T>(value) : std::nullopt;
+    std::optional<T> read(bool (ISensorController::*p_pGet)(T&), T p_value = T(-7)) const {
+        return (m_pController.get()->*p_pGet)(p_value) ? std::optional<T>(p_value) : std::nullopt;
     }
-    // The current channel's value of a key, as getParameter answers it.
-    std::optional<int> param(u32 p_nKey) const {
-        int nValue = -7;
-        return m_pController->getParameter(p_nKey, nValue) ? std::optional<int>(nValue)
-                                                           : std::nullopt;
+    std::optional<int> param(u32 p_nKey) const { // as getParameter answers it
+        int n = -7;
+        return m_pController->getParameter(p_nKey, n) ? std::optional<int>(n) : std::nullopt;
     }
     // ISP SET calls of a command on a channel, in order, as values.
     std::vector<int32_t> setsOf(uint32_t p_nCmd, int p_nChannel = 0) const {
@@ -96,15 +103,11 @@ protected:
         }
         return vecValues;
     }
-    // An attribute record listing p_vecItems (param_type 0) or a plain range (1).
+    // An attribute record listing p_vecItems (param_type 0) or a plain range 1..100 (1).
     static ia_dynamic_params_attr_st attr(int32_t p_nType, int32_t p_nDefault,
                                           const std::vector<int32_t>& p_vecItems) {
-        ia_dynamic_params_attr_st stAttr{};
-        stAttr.param_type = p_nType;
-        stAttr.default_val = p_nDefault;
-        stAttr.min_val = 1;
-        stAttr.max_val = 100;
-        stAttr.items_cnt = static_cast<int32_t>(p_vecItems.size());
+        ia_dynamic_params_attr_st stAttr{p_nType, p_nDefault, 1, 100, int32_t(p_vecItems.size()),
+                                         {}};
         std::copy(p_vecItems.begin(), p_vecItems.end(), stAttr.item);
         return stAttr;
     }
@@ -114,7 +117,6 @@ protected:
     RecordingVideoModule m_objVideo{[] { return std::size_t(0); }}; // accepts every notice
     std::unique_ptr<ISensorController> m_pController;
     IspSimulator& m_objIsp = IspSimulator::instance();
-    std::string m_strDetail; // of the mini device
 };
 
 } // namespace sensortest

@@ -1,97 +1,57 @@
-// Saves that cannot happen (full or read-only flash, a directory in the way, a
-// write cut short) are reported and never replace a file; start-up and reset
-// cope with files they cannot write, and clear what a power cut left behind.
+// Saves that cannot happen are reported and never replace a file; start-up clears
+// what a power cut left behind.
 #include "ChannelFixture.h"
 
 #include <filesystem>
 #include <malloc.h>
 
-#include "config/SensorFile.h"
 #include "platform/VXFile.h"
 
 namespace sensortest {
 namespace {
-
 namespace fs = std::filesystem;
-
 constexpr const char* kConfigDir = "/mnt/mtd/code/config_file";
 constexpr const char* kMergedStyle = "/tmp/merge_style_ch1.xml";
 
-enum class Fault { DiskFull, ShortWrite, ReadOnly, DirectoryInTheWay };
-
 constexpr struct FaultCase {
     const char* szName;
-    Fault eFault;
-} kFaults[] = {{"disk full", Fault::DiskFull},
-               {"short write", Fault::ShortWrite},
-               {"read-only flash", Fault::ReadOnly},
-               {"directory in the way", Fault::DirectoryInTheWay}};
+    int nWriteBudget; // bytes every write may still put down; -1: no limit
+    bool bReadOnly, bDirectoryInTheWay;
+} kFaults[] = {{"disk full", 0, false, false},
+               {"short write", 12, false, false}, // cut inside the second record
+               {"read-only flash", -1, true, false},
+               {"directory in the way", -1, false, true}};
 
 class FailedSaveTest : public ChannelTest {
 protected:
     ~FailedSaveTest() override { clearFaults(); }
 
-    // Makes every write fail as p_eFault does; a directory takes p_strFile's place.
-    void inject(Fault p_eFault, const std::string& p_strFile) const {
-        switch (p_eFault) {
-        case Fault::DiskFull:
-            VXFile::setWriteBudget(0);
-            break;
-        case Fault::ShortWrite:
-            VXFile::setWriteBudget(12); // cut inside the second record
-            break;
-        case Fault::ReadOnly:
-            VXFile::setReadOnly(true);
-            break;
-        case Fault::DirectoryInTheWay:
+    // Makes every write fail as p_stFault does; a directory takes p_strFile's place.
+    void inject(const FaultCase& p_stFault, const std::string& p_strFile) const {
+        VXFile::setWriteBudget(p_stFault.nWriteBudget);
+        VXFile::setReadOnly(p_stFault.bReadOnly);
+        if (p_stFault.bDirectoryInTheWay) {
             fs::remove(m_objRoot.hostPath(p_strFile));
             m_objRoot.writeFile(p_strFile + "/keep", "x");
-            break;
         }
     }
     static void clearFaults() {
         VXFile::setWriteBudget(-1);
         VXFile::setReadOnly(false);
     }
-    // Hidden entries of a directory: temporaries of writes.
-    std::vector<std::string> temporaries(const std::string& p_strDir) const {
-        std::vector<std::string> vecNames;
+    // How many hidden entries, temporaries of writes, a directory holds.
+    long temporaries(const std::string& p_strDir) const {
         std::error_code ec;
-        for (const auto& entry : fs::directory_iterator(m_objRoot.hostPath(p_strDir), ec)) {
-            const std::string strName = entry.path().filename().string();
-            if (strName.front() == '.') {
-                vecNames.push_back(strName);
-            }
-        }
-        return vecNames;
+        return std::count_if(fs::directory_iterator(m_objRoot.hostPath(p_strDir), ec),
+                             fs::directory_iterator(), [](const fs::directory_entry& e) {
+                                 return e.path().filename().string().front() == '.';
+                             });
     }
 };
 
-TEST_F(FailedSaveTest, AFlushThatCannotReplaceTheFileFailsDistinctlyAndKeepsIt) {
-    for (const FaultCase& stCase : kFaults) {
-        SCOPED_TRACE(stCase.szName);
-        ISensorController& c = upMini();
-        const std::string strFile = schemeFile(1, 0);
-        ASSERT_EQ(SNS_SUCCESS, c.setParameter(34, 61, true));
-        const std::string strBefore = m_objRoot.readFile(strFile);
-        inject(stCase.eFault, strFile);
-
-        EXPECT_EQ(SNS_ERR_FILE_WRITE, c.flush());
-        EXPECT_FALSE(c.setMirrorMode(1)) << "the mirror never reached flash";
-        if (stCase.eFault != Fault::DirectoryInTheWay) {
-            EXPECT_EQ(strBefore, m_objRoot.readFile(strFile)) << "the old file, byte for byte";
-        }
-        EXPECT_TRUE(temporaries(kConfigDir).empty());
-        EXPECT_EQ(61, param(34)) << "memory keeps the unsaved value";
-
-        clearFaults();
-        fs::remove_all(m_objRoot.hostPath(strFile));
-        EXPECT_EQ(SNS_SUCCESS, c.flush()) << "the next flush saves it";
-        EXPECT_EQ(61, valueOf(readSet(strFile), 34));
-    }
-}
-
-TEST_F(FailedSaveTest, StartUpAndResetThatCannotWriteKeepTheFactorySetAndSaySo) {
+// Start-up and reset that cannot write keep the factory set and say so; then a
+// flush that cannot replace its file keeps it and the unsaved value in memory.
+TEST_F(FailedSaveTest, FailedWritesAtStartUpResetAndFlushLoseNothing) {
     for (const FaultCase& stCase : kFaults) {
         SCOPED_TRACE(stCase.szName);
         upMini();
@@ -99,12 +59,12 @@ TEST_F(FailedSaveTest, StartUpAndResetThatCannotWriteKeepTheFactorySetAndSaySo) 
         fs::remove_all(m_objRoot.hostPath(kConfigDir));
         fs::create_directories(m_objRoot.hostPath(kConfigDir));
         m_objRoot.writeFile(kMergedStyle, "<OLD/>");
-        inject(stCase.eFault, schemeFile(1, 0));
+        inject(stCase, schemeFile(1, 0));
         ISensorController& c = bringUp();
-        if (stCase.eFault != Fault::DirectoryInTheWay) {
+        if (!stCase.bDirectoryInTheWay) {
             EXPECT_EQ("<OLD/>", m_objRoot.readFile(kMergedStyle)) << "never a cut copy";
         }
-        EXPECT_TRUE(temporaries("/tmp").empty());
+        EXPECT_EQ(0, temporaries("/tmp"));
         EXPECT_THAT(c.getUIStyleFile(), HasSubstr("id=\"2337\"")) << "the merged text in memory";
         const auto vecFactory = pairsOf(Access::row(c, Access::schemeSum(c)));
         for (u32 s = 0; s < Access::schemeSum(c); ++s) {
@@ -112,8 +72,8 @@ TEST_F(FailedSaveTest, StartUpAndResetThatCannotWriteKeepTheFactorySetAndSaySo) 
         }
         EXPECT_EQ(50, param(34));
         EXPECT_FALSE(c.resetParameters()) << "the reset could not write its files";
-        EXPECT_TRUE(temporaries(kConfigDir).empty());
-        if (stCase.eFault == Fault::DirectoryInTheWay) {
+        EXPECT_EQ(0, temporaries(kConfigDir));
+        if (stCase.bDirectoryInTheWay) {
             EXPECT_TRUE(fs::is_directory(m_objRoot.hostPath(schemeFile(1, 0))));
             fs::remove_all(m_objRoot.hostPath(schemeFile(1, 0)));
         } else {
@@ -122,6 +82,22 @@ TEST_F(FailedSaveTest, StartUpAndResetThatCannotWriteKeepTheFactorySetAndSaySo) 
         clearFaults();
         EXPECT_TRUE(c.resetParameters());
         EXPECT_TRUE(m_objRoot.exists(schemeFile(1, 0)) && m_objRoot.exists(schemeFile(1, 1)));
+        Access::stopThread(c);
+        ASSERT_EQ(SNS_SUCCESS, c.setParameter(34, 61, true));
+        const std::string strBefore = m_objRoot.readFile(schemeFile(1, 0));
+        inject(stCase, schemeFile(1, 0));
+        EXPECT_EQ(SNS_ERR_FILE_WRITE, c.flush());
+        EXPECT_FALSE(c.setMirrorMode(1)) << "the mirror never reached flash";
+        if (!stCase.bDirectoryInTheWay) {
+            EXPECT_EQ(strBefore, m_objRoot.readFile(schemeFile(1, 0)))
+                << "the old file, byte for byte";
+        }
+        EXPECT_EQ(0, temporaries(kConfigDir));
+        EXPECT_EQ(61, param(34)) << "memory keeps the unsaved value";
+        clearFaults();
+        fs::remove_all(m_objRoot.hostPath(schemeFile(1, 0)));
+        EXPECT_EQ(SNS_SUCCESS, c.flush()) << "the next flush saves it";
+        EXPECT_EQ(61, valueOf(readSet(schemeFile(1, 0)), 34));
     }
 }
 
@@ -142,7 +118,7 @@ TEST_F(FailedSaveTest, StartUpRemovesTheTemporariesAPowerCutLeftOfItsOwnFilesOnl
     for (const auto& [szName, bKept] : vecFiles) {
         EXPECT_EQ(bKept, m_objRoot.exists(strDir + szName)) << szName;
     }
-    EXPECT_EQ(3u, temporaries(kConfigDir).size()) << "two kept and the live writer's";
+    EXPECT_EQ(3, temporaries(kConfigDir)) << "two kept and the live writer's";
     objWriter.discard();
 }
 

@@ -30,15 +30,18 @@ protected:
     }
 };
 
+// The lowest matching window wins, its end is outside it, one past midnight
+// never matches; started inside a window, its scheme is the first applied.
 TEST_F(SchemeTest, TimeWindowsPickTheLowestMatchingScheme) {
+    const Windows vecTwo = {{0, 2400}, {800, 1800}}, vecThree = {{0, 0}, {800, 1800}, {2200, 600}};
     const struct {
-        Windows vecWin;
+        const Windows& vecWin;
         int nHour, nMinute, nScheme, nSchedule;
-    } aCases[] = {{{{0, 2400}, {800, 1800}}, 7, 59, 0, 1},
-                  {{{0, 2400}, {800, 1800}}, 8, 0, 0, 1}, // lowest index first
-                  {{{0, 0}, {800, 1800}, {2200, 600}}, 8, 0, 1, 1},
-                  {{{0, 0}, {800, 1800}, {2200, 600}}, 18, 0, 0, 0},  // the end is outside
-                  {{{0, 0}, {800, 1800}, {2200, 600}}, 23, 0, 0, 0}}; // past midnight: never
+    } aCases[] = {{vecTwo, 7, 59, 0, 1},
+                  {vecTwo, 8, 0, 0, 1},
+                  {vecThree, 8, 0, 1, 1},
+                  {vecThree, 18, 0, 0, 0},
+                  {vecThree, 23, 0, 0, 0}};
     for (const auto& stCase : aCases) {
         SCOPED_TRACE(std::to_string(stCase.nHour) + ":" + std::to_string(stCase.nMinute));
         ISensorController& c = upWithWindows(1, stCase.vecWin, 1);
@@ -47,32 +50,52 @@ TEST_F(SchemeTest, TimeWindowsPickTheLowestMatchingScheme) {
         c.judgeCurScheme(nScheme, nSchedule);
         EXPECT_EQ(std::make_pair(stCase.nScheme, stCase.nSchedule),
                   std::make_pair(nScheme, nSchedule));
+        takeDown();
+        m_objIsp.clearLog();
+        Access::stopThread(bringUp());
+        EXPECT_EQ(stCase.nScheme, Access::curScheme(*m_pController));
+        EXPECT_EQ(std::vector<int32_t>{10 + stCase.nScheme}, setsOf(KEY_BRIGHTNESS));
     }
 }
 
-TEST_F(SchemeTest, StartUpAndThreadFollowTimeWindows) {
-    ISensorController& c = upWithWindows(1, {{0, 0}, {800, 1800}}, 1);
-    EXPECT_TRUE(Access::schemeByTime(c));
-    EXPECT_EQ(0, Access::curScheme(c)) << "init's own pass found no window: scheme 0";
-    passAt(c, 9, 0);
-    EXPECT_EQ(1, Access::curScheme(c));
-    passAt(c, 9, 1);
-    EXPECT_EQ(std::vector<int32_t>{11}, setsOf(KEY_BRIGHTNESS)) << "no switch within the window";
-    passAt(c, 18, 0);
-    EXPECT_EQ(0, Access::curScheme(c));
-    EXPECT_EQ((std::vector<int32_t>{11, 10}), setsOf(KEY_BRIGHTNESS));
-    // Started inside a window, the window's scheme is the first applied: scheme 0 never is.
-    takeDown();
-    m_pClock->setTimeOfDay(12, 0);
-    m_objIsp.clearLog();
-    Access::stopThread(bringUp());
-    EXPECT_EQ(1, Access::curScheme(*m_pController));
-    EXPECT_EQ(std::vector<int32_t>{11}, setsOf(KEY_BRIGHTNESS));
+// In LPR mode a window is entered with a forced switch (every record applied) and
+// outside all windows day/night decides through the LPR switch (day/night mode 0 sent).
+TEST_F(SchemeTest, ThreadFollowsTimeWindowsAndInLprModeFallsBackToDayNight) {
+    for (const int nType : {1, 8}) {
+        SCOPED_TRACE(nType == 8 ? "LPR" : "plain");
+        ISensorController& c = upWithWindows(nType, {{0, 0}, {800, 1800}}, 1);
+        ASSERT_EQ(nType == 8, Access::lprMode(c));
+        if (nType == 1) {
+            EXPECT_EQ(0, Access::curScheme(c)) << "init's own pass found no window: scheme 0";
+        }
+        passAt(c, 9, 0);
+        EXPECT_EQ(1, Access::curScheme(c));
+        EXPECT_EQ(nType == 8 ? 1u : 0u, setsOf(KEY_SATURATION).size());
+        passAt(c, 9, 1);
+        EXPECT_EQ(std::vector<int32_t>{11}, setsOf(KEY_BRIGHTNESS)) << "no switch inside a window";
+        EXPECT_EQ(nType == 8 ? 1u : 0u, setsOf(KEY_SATURATION).size());
+        m_objIsp.setValue(0, 153, 1);
+        m_objIsp.clearLog();
+        passAt(c, 20, 0);
+        EXPECT_EQ(nType == 8 ? 1 : 0, Access::curScheme(c));
+        EXPECT_EQ(std::vector<int32_t>{nType == 8 ? 11 : 10}, setsOf(KEY_BRIGHTNESS))
+            << "no comparison in an LPR switch";
+        if (nType == 1) {
+            continue;
+        }
+        EXPECT_EQ(std::vector<int32_t>{0}, setsOf(KEY_DN_MODE));
+        c.sensorThread();
+        EXPECT_EQ(1u, setsOf(KEY_BRIGHTNESS).size()) << "same decision: nothing more";
+        ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_DN_MODE, 2, true));
+        c.LPR_switch_to(1);
+        EXPECT_EQ(0, setsOf(KEY_DN_MODE).back());
+        EXPECT_EQ(2, param(KEY_DN_MODE));
+    }
 }
 
-TEST_F(SchemeTest, ThreadFollowsDayAndNightUnlessManualOrResetting) {
+// The thread switches by day/night unless manual or resetting; host switches.
+TEST_F(SchemeTest, DayNightAndHostSwitchesAndTheFactorySet) {
     ISensorController& c = upWithWindows(1, {{0, 0}, {0, 0}}, 2);
-    EXPECT_TRUE(Access::schemeByDN(c));
     m_objIsp.setValue(0, 153, 0);
     c.sensorThread();
     EXPECT_EQ(0, Access::curScheme(c));
@@ -85,7 +108,6 @@ TEST_F(SchemeTest, ThreadFollowsDayAndNightUnlessManualOrResetting) {
     EXPECT_EQ(0, Access::curScheme(c)) << "manual mode: the thread switches nothing";
     EXPECT_EQ(-1, ISensorController::m_nChanneldDosomething.load());
     EXPECT_EQ(-1, ISensorController::m_nPassKeycmd.load());
-
     ASSERT_TRUE(c.setParamMode(1));
     Access::setState(c, Access::resettingBit());
     const long long nWaits = m_pClock->waitCount();
@@ -96,46 +118,13 @@ TEST_F(SchemeTest, ThreadFollowsDayAndNightUnlessManualOrResetting) {
     c.sensorThread();
     EXPECT_EQ(1, Access::curScheme(c));
     EXPECT_EQ(std::vector<int32_t>{11}, setsOf(KEY_BRIGHTNESS));
-}
-
-TEST_F(SchemeTest, LprEntersWindowWithAForcedSwitchAndFallsBackToDayNight) {
-    ISensorController& c = upWithWindows(8, {{0, 0}, {800, 1800}}, 1);
-    ASSERT_TRUE(Access::lprMode(c));
-    passAt(c, 9, 0);
-    EXPECT_EQ(1, Access::curScheme(c));
-    // Forced: every record applied, including the ones equal to the last scheme.
-    EXPECT_EQ(std::vector<int32_t>{11}, setsOf(KEY_BRIGHTNESS));
-    EXPECT_EQ(1u, setsOf(KEY_SATURATION).size());
-    c.sensorThread();
-    EXPECT_EQ(1u, setsOf(KEY_SATURATION).size()) << "staying inside: no further switch";
-
-    // Outside every window day/night decides through the LPR switch: day/night mode 0 sent.
-    m_objIsp.setValue(0, 153, 1);
-    m_objIsp.clearLog();
-    passAt(c, 20, 0);
-    EXPECT_EQ(1, Access::curScheme(c));
-    EXPECT_EQ(std::vector<int32_t>{0}, setsOf(KEY_DN_MODE));
-    EXPECT_EQ(std::vector<int32_t>{11}, setsOf(KEY_BRIGHTNESS)) << "no comparison in an LPR switch";
-    c.sensorThread();
-    EXPECT_EQ(std::vector<int32_t>{11}, setsOf(KEY_BRIGHTNESS)) << "same decision: nothing more";
-
-    ASSERT_EQ(SNS_SUCCESS, c.setParameter(KEY_DN_MODE, 2, true));
-    c.LPR_switch_to(1);
-    EXPECT_EQ(0, setsOf(KEY_DN_MODE).back());
-    EXPECT_EQ(2, param(KEY_DN_MODE)) << "the LPR switch leaves the stored day/night mode alone";
-}
-
-TEST_F(SchemeTest, HostSwitchesAndTheFactorySet) {
-    ISensorController& c = upWithWindows(1, {{0, 0}, {0, 0}}, 0);
-    ASSERT_EQ(0, Access::curScheme(c));
-    EXPECT_TRUE(c.setParamScheme(0));
-    EXPECT_TRUE(setsOf(KEY_BRIGHTNESS).empty())
-        << "switching to the current scheme applies nothing";
-    EXPECT_TRUE(c.setParamScheme(2)) << "the factory set can be made current";
-    EXPECT_EQ(std::vector<int32_t>{50}, setsOf(KEY_BRIGHTNESS));
+    EXPECT_TRUE(c.setParamScheme(1));
+    EXPECT_EQ(1u, setsOf(KEY_BRIGHTNESS).size()) << "switching to the current scheme: nothing";
+    EXPECT_TRUE(c.setParamScheme(2));
+    EXPECT_EQ(50, setsOf(KEY_BRIGHTNESS).back());
     EXPECT_EQ(SNS_SUCCESS, c.flush());
     EXPECT_FALSE(m_objRoot.exists(schemeFile(1, 2))) << "the factory set is never written";
-    EXPECT_FALSE(c.setParamScheme(3)) << "beyond the factory set";
+    EXPECT_FALSE(c.setParamScheme(3));
     EXPECT_FALSE(c.setParamScheme(-1));
     EXPECT_EQ(2, read(&ISensorController::getParamScheme));
     EXPECT_EQ(-1, c.getParamSchemeTime(KEY_SCHEME_MODE));

