@@ -15,7 +15,6 @@
 
 namespace {
 
-constexpr uint32_t kGuard = 0xA5A5A5A5u;
 constexpr uint32_t kListCmd = IA_CMD_DYNAMIC_PARAMS_CMDS_GET;
 constexpr int kAll = isp::kChannelCount;
 constexpr int kRange = IA_CMD_OPT_GET_PARAM_RNAGE;
@@ -61,18 +60,17 @@ protected:
         EXPECT_EQ(call(p_nChannel, p_nCmd, IA_CMD_OPT_CORRECT_PARAM, &p_nValue), p_nExpect);
         return p_nValue;
     }
-    // What the ISP call gives, starting from filler bytes and with a guard word
-    // after it against overruns.
+    // What the ISP call gives into filler bytes, with a guard word against overruns.
     template <typename Rec = int32_t>
     static Rec read(int p_nChannel, uint32_t p_nCmd, int p_nOption = IA_CMD_OPT_GET,
                     int p_nExpect = 0) {
         struct {
             Rec rec;
-            uint32_t guard = kGuard;
+            uint32_t guard = 0xA5A5A5A5u;
         } stRead;
         std::memset(&stRead.rec, 0xCD, sizeof(Rec));
         EXPECT_EQ(call(p_nChannel, p_nCmd, p_nOption, &stRead.rec), p_nExpect);
-        EXPECT_EQ(stRead.guard, kGuard);
+        EXPECT_EQ(stRead.guard, 0xA5A5A5A5u);
         return stRead.rec;
     }
     // The channel's dynamic list as the ISP call gives it (at most the record's 16).
@@ -175,27 +173,21 @@ TEST_F(IspTest, ListRangesAndCorrectionComeFromTheProfileAndStayInsideTheRecords
     read<Attr>(1, 34, kRange, IspSimulator::ERR_NOT_DYNAMIC);
 
     ASSERT_TRUE(sim().setAttribute(0, 4000, listAttr({30, 10, 20})));
-    ASSERT_TRUE(sim().setAttribute(0, 4001, listAttr({INT32_MIN, INT32_MAX})));
-    const std::array<int32_t, 3> arrCases[] = {
-        {49, 100, 8},          {49, -3, 1},          {4000, 15, 10},   // max shutter list 1..8,
-        {4000, 25, 20},        {4000, 26, 30},       {2369, 150, 100}, // ties to the lower
-        {4001, -1, INT32_MIN}, {4001, 0, INT32_MAX}, {2369, -5, 0},    // distances beyond 32 bits
-        {34, 999, 999}}; // not dynamic: allowed as it is
+    const std::array<int32_t, 3> arrCases[] = {{49, 100, 8},   {49, -3, 1},      {4000, 15, 10},
+                                               {4000, 25, 20}, // lists: ties to the lower
+                                               {4000, 26, 30}, {2369, 150, 100}, {2369, -5, 0},
+                                               {34, 999, 999}}; // ranges; not dynamic
     for (const auto& [nCmd, nIn, nOut] : arrCases) {
         EXPECT_EQ(correct(0, nCmd, nIn), nOut) << nCmd << " " << nIn;
     }
     EXPECT_EQ(read(0, 49), 6); // correction never stores
 
-    // Malformed answers: a count beyond the record reads its 64 items only (and
-    // is reported as set), min above max cannot correct.
+    // A count beyond the record is reported as set; correction reads its 64 items only.
     stAttr = listAttr({});
     stAttr.items_cnt = 1000;
     std::iota(stAttr.item, stAttr.item + IA_DYNAMIC_ITEM_MAX, 1000);
-    ASSERT_TRUE(sim().setAttribute(0, 4000, stAttr));
-    EXPECT_EQ(correct(0, 4000, 5000), 1063);
-    std::tie(stAttr.param_type, stAttr.min_val, stAttr.max_val) = std::make_tuple(1, 10, 0);
     ASSERT_TRUE(sim().setAttribute(1, 4000, stAttr));
-    EXPECT_EQ(correct(1, 4000, 5, IspSimulator::ERR_BAD_ATTRIBUTE), 5);
+    EXPECT_EQ(correct(1, 4000, 5000), 1063);
     EXPECT_EQ(read<Attr>(1, 4000, kRange).items_cnt, 1000);
     read<Attr>(2, 4000, kRange, IspSimulator::ERR_NOT_DYNAMIC); // only channel 1 got it
     EXPECT_FALSE(sim().setDynamicCommands(kAll, {}) || sim().setAttribute(-3, 34, stAttr));
@@ -212,11 +204,8 @@ TEST_F(IspTest, ProfilesSetValuesRangesAndLightPerChannel) {
     // Nothing is left of the built-in profile (2337); a list's first item is its default.
     EXPECT_EQ(values({{0, 34}, {1, 34}, {0, 2337}, {0, 153}, {1, 153}, {0, 2368}}),
               "60 40 0 1 0 1");
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(sim().getRecord(1, 2496).data())),
-              "LENS 2.3");
-    EXPECT_EQ(dynamicList(0), std::vector<uint32_t>{2368});
-    EXPECT_EQ(dynamicList(1), std::vector<uint32_t>{16}); // channel 1's list replaces it
-    EXPECT_EQ(correct(1, 16, 12), 9);
+    EXPECT_EQ(sim().getRecord(1, 2496)[7], '3');            // "LENS 2.3"
+    EXPECT_EQ(dynamicList(1), std::vector<uint32_t>{16});   // channel 1's list replaces it
     ASSERT_TRUE(sim().setAttribute(0, 4000, listAttr({}))); // no items: nothing to hold to
     constexpr int BAD = IspSimulator::ERR_OUT_OF_RANGE;
     const std::array<int32_t, 5> arrCases[] = {
@@ -229,15 +218,9 @@ TEST_F(IspTest, ProfilesSetValuesRangesAndLightPerChannel) {
         EXPECT_EQ(read(nChannel, nCmd), nThen) << nCmd << " " << nValue;
     }
     // Light levels on channel 0 (-1: force night); channel 1 stays in daylight.
-    for (const auto& [nLevel, nState] : {std::pair{49, 1},
-                                         {50, 0},
-                                         {21, 0},
-                                         {20, 1},
-                                         {-100, 1},
-                                         {1000, 0},
-                                         {-1, 1},
-                                         {30, 1},
-                                         {50, 0}}) {
+    const std::pair<int32_t, int32_t> arrLight[] = {{49, 1},   {50, 0}, {21, 0}, {20, 1}, {-100, 1},
+                                                    {1000, 0}, {-1, 1}, {30, 1}, {50, 0}};
+    for (const auto& [nLevel, nState] : arrLight) {
         ASSERT_TRUE(nLevel == -1 ? set(0, 153, 1) == 0 : sim().setLightLevel(0, nLevel));
         EXPECT_EQ(values({{0, 153}, {1, 153}}), std::to_string(nState) + " 0") << nLevel;
     }
@@ -247,14 +230,12 @@ TEST_F(IspTest, ProfilesSetValuesRangesAndLightPerChannel) {
     for (int i = 0; i < 300; ++i) {
         strDeep = "<C>" + strDeep + "</C>";
     }
-    for (const auto& [strXml, strExpected] :
-         std::initializer_list<std::pair<std::string, const char*>>{
-             {"<SensorProfile><Command id=\"34\"", "XML error"},
-             {wrap(strDeep), "nested deeper than 256"},
-             {wrap("<Comand id=\"34\" value=\"1\"/>"), "unknown element"},
-             {wrap("<Command id=\"34\" value=\"5x\"/>"), "not a number"},
-             {wrap("<Command id=\"34\" value=\"5\" min=\"9\" max=\"1\"/>"), "min <= max"},
-             {wrap("<Channel index=\"8\"/>"), "not a number in 0..7"}}) {
+    const std::pair<std::string, const char*> arrBroken[] = {
+        {"<SensorProfile><Command id=\"34\"", "XML error"},
+        {wrap(strDeep), "nested deeper than 256"},
+        {wrap("<Command id=\"34\" value=\"5\" min=\"9\" max=\"1\"/>"), "min <= max"},
+        {wrap("<Channel index=\"8\"/>"), "not a number in 0..7"}};
+    for (const auto& [strXml, strExpected] : arrBroken) {
         EXPECT_FALSE(sim().loadProfileText(strXml, &strError)) << strXml.substr(0, 200);
         EXPECT_NE(strError.find(strExpected), std::string::npos) << strError;
     }
