@@ -1,7 +1,6 @@
-// The device root and what works under it: removal commands, the host file
-// class with its all-or-nothing replacement, and the rotating error log
-// (its line format: the diagnostics tests).
-#include "platform/DeviceRoot.h"
+// What works under the device root (every test's own, over the environment's):
+// removal commands, the file reader, the host file class and the rotating error
+// log (its line format: the diagnostics tests).
 #include "platform/FileReader.h"
 #include "platform/VXFile.h"
 #include "platform/VXLogger.h"
@@ -11,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -29,23 +27,8 @@ namespace fs = std::filesystem;
 
 constexpr const char* kCfg = "/mnt/mtd/code/config_file/sensor1_0.cfg";
 constexpr const char* kLog = "/mnt/mtd/log/SensorError.log";
-constexpr const char* kEnv = "SENSOR_DEVICE_ROOT";
 
 } // namespace
-
-TEST(DeviceRoot, ProgramRootWinsOverTheEnvironment) {
-    const std::string strOld = std::getenv(kEnv) ? std::getenv(kEnv) : "";
-    ::setenv(kEnv, "/env/root/", 1);
-    EXPECT_EQ("/env/root/tmp/Debug.sign", DeviceRoot::resolve("/tmp/Debug.sign"));
-    {
-        TempDeviceRoot root;
-        EXPECT_EQ(root.path() + "/hd1/x.xml", DeviceRoot::resolve("/hd1/x.xml"));
-    }
-    EXPECT_EQ("/env/root", DeviceRoot::get()) << "clearing the program root";
-    ::unsetenv(kEnv);
-    EXPECT_EQ(kLog, DeviceRoot::resolve(kLog));
-    strOld.empty() ? ::unsetenv(kEnv) : ::setenv(kEnv, strOld.c_str(), 1);
-}
 
 TEST(SySystem, RemovesExactlyWhatThePatternMatchesAndNeverOutsideTheRootOrRefuses) {
     TempDeviceRoot outside; // a second directory standing for the host's files
