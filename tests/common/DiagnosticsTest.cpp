@@ -51,11 +51,13 @@ template <typename Fn> std::string capture(Fn p_fn) {
     return masked(::testing::internal::GetCapturedStdout());
 }
 
-// One console block of traceAll: colour prefix, header for a tagged trace, text, suffix.
+// One console block: colour prefix, header for a tagged trace, text, suffix.
 std::string block(const std::string& p_strColour, const std::string& p_strTag,
-                  const std::string& p_strText) {
+                  const std::string& p_strText, const std::string& p_strFun = "traceAll") {
     const std::string strHeader =
-        p_strTag.empty() ? "" : "[sensor " + p_strTag + "] file:SensorFile fun:traceAll line:#\n";
+        p_strTag.empty()
+            ? ""
+            : "[sensor " + p_strTag + "] file:SensorFile fun:" + p_strFun + " line:#\n";
     return "\033[0m\033[" + p_strColour + "m" + strHeader + p_strText + "\033[0m";
 }
 
@@ -117,22 +119,20 @@ TEST_F(DiagnosticsTest, MarkerFileSetsLevelAndAbortSwitch) {
     }
 }
 
+// An empty message still prints both colour sequences; a long one is printed
+// and logged whole, a huge one is cut; traces the level lets through are whole.
 TEST_F(DiagnosticsTest, FailedChecksAreBoundedAndTracesTheLevelLetsThroughArePrintedWhole) {
     setMarker("1\n");
-    // An empty message still prints both colour sequences.
+    const std::string strLong(1500, 'x'), strHuge(20000, 'y');
+    std::string strOut = capture([&] {
+        SNS_ASSERT(0 != 0, "");
+        SNS_ASSERT(strLong.empty(), "%s\n", strLong.c_str());
+    });
     EXPECT_NE(std::string::npos,
-              capture([] {
-                  SNS_ASSERT(0 != 0, "");
-              }).find("0 != 0   ~~~Assertion failed.\n\033[0m\033[0m\033[31m\033[0m"));
-
-    const std::string strLong(1500, 'x');
-    EXPECT_NE(std::string::npos, capture([&] {
-                                     SNS_ASSERT(strLong.empty(), "%s\n", strLong.c_str());
-                                 }).find(strLong + "\n"));
+              strOut.find("0 != 0   ~~~Assertion failed.\n\033[0m\033[0m\033[31m\033[0m"));
+    EXPECT_NE(std::string::npos, strOut.find(strLong + "\n"));
     EXPECT_NE(std::string::npos, errorLog().find(strLong + "\n")) << "logged whole";
-
-    const std::string strHuge(20000, 'y');
-    std::string strOut = capture([&] { SNS_ASSERT(strHuge.empty(), "%s", strHuge.c_str()); });
+    strOut = capture([&] { SNS_ASSERT(strHuge.empty(), "%s", strHuge.c_str()); });
     EXPECT_LT(strOut.size(), strHuge.size());
     EXPECT_NE(std::string::npos, strOut.find(std::string(1000, 'y')));
 

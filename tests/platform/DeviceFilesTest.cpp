@@ -34,10 +34,9 @@ TEST(SySystem, RemovesExactlyWhatThePatternMatchesAndNeverOutsideTheRootOrRefuse
     TempDeviceRoot outside; // a second directory standing for the host's files
     outside.writeFile(kCfg, "keep");
     TempDeviceRoot root;
-    const std::vector<std::string> files = {
-        "config_file/sensor1_0",  "config_file/sensor1_3",       "config_old/sensor1_1",
-        "config_file/sensor1_4",  "factory_setting/sensor1_2",   "config_file/sensor2_0",
-        "config_file/snsversion", "config_file/sensor-thermal0", "config_file/sensor-thermal3"};
+    const std::vector<std::string> files = {"config_file/sensor1_0",     "config_file/sensor1_3",
+                                            "config_old/sensor1_1",      "config_file/sensor1_4",
+                                            "factory_setting/sensor1_2", "config_file/sensor2_0"};
     const auto present = [&root, &files] {
         std::string out; // one character per file: '1' still there, '0' removed
         for (const std::string& file : files) {
@@ -49,9 +48,7 @@ TEST(SySystem, RemovesExactlyWhatThePatternMatchesAndNeverOutsideTheRootOrRefuse
         root.writeFile("/mnt/mtd/code/" + file + ".cfg", "x");
     }
     EXPECT_EQ(0, sy_system("rm -rf /mnt/mtd/code/config*/sensor1_[0-3].cfg", 30));
-    EXPECT_EQ("000111111", present());
-    EXPECT_EQ(0, sy_system("rm /mnt/mtd/code/config_file/sensor-thermal*", 30));
-    EXPECT_EQ("000111100", present());
+    EXPECT_EQ("000111", present()); // the other pattern: the start-up tests
     // No match fails only without force; a matching directory or a link out is not removed.
     EXPECT_EQ(0, sy_system("rm -f /mnt/mtd/code/config_file/sensor9_*.cfg", 30));
     EXPECT_EQ(1, sy_system("rm /mnt/mtd/code/config_file/sensor9_*.cfg", 30));
@@ -87,7 +84,6 @@ TEST(FileReader, RefusesAllButRegularFilesAndReadsNoMoreThanTheCap) {
           {"/f/ten", 4, Oversize::TakePrefix, R::Ok, "0123"},
           {"/f/fifo", 64, Oversize::TakePrefix, R::Special, ""},
           {"/f", 64, Oversize::Refuse, R::Directory, ""},
-          {"/f/missing", 64, Oversize::Refuse, R::Missing, ""},
           {"/f/ten/below", 64, Oversize::Refuse, R::Missing, ""}}) {
         std::string read = "junk";
         EXPECT_EQ(status, readDeviceFile(path, cap, read, how)) << path << " " << cap;

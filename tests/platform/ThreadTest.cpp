@@ -5,7 +5,6 @@
 #include "platform/SafePointer.h"
 #include "platform/TavrinTime.h"
 #include "platform/VXClock.h"
-#include "platform/VXDeviceTime.h"
 #include "platform/function.h"
 
 #include <gtest/gtest.h>
@@ -48,15 +47,14 @@ using CallablePtr = SafePointer<function_obj_base<int>>;
 } // namespace
 
 // On the real clock stop() wakes the body in the middle of its pause and joins:
-// one pass per run. On the virtual clock pauses cost nothing and advance the
-// time of day.
+// one pass per run. On the virtual clock pauses cost nothing (its time of day:
+// the scheme tests).
 TEST(GThreadTest, StopWakesThePausingBodyAndVirtualPausesCostNothing) {
     const std::shared_ptr<void> restoreClock(nullptr, [](void*) { installClock(nullptr); });
     PassCounter counter;
     GThread thread(function<int>(&counter, &PassCounter::pass), "SensorThread",
                    function<int>(&counter, &PassCounter::started),
                    function<int>(&counter, &PassCounter::ended));
-    EXPECT_FALSE(thread.isRunning());
     for (int nRun = 1; nRun <= 2; ++nRun) {
         ASSERT_TRUE(thread.start());
         EXPECT_FALSE(thread.start()) << "already running";
@@ -72,16 +70,12 @@ TEST(GThreadTest, StopWakesThePausingBodyAndVirtualPausesCostNothing) {
 
     auto clock = std::make_shared<VirtualClock>();
     installClock(clock);
-    clock->setTimeOfDay(23, 59, 30);
     const auto before = std::chrono::steady_clock::now();
     TavrinTime(100, 0).wait();
     TavrinTime(0, 500000).wait();
     clock->wait(-5, 0); // a negative pause is no pause
     EXPECT_EQ(std::make_pair(100500000LL, 3LL),
               std::make_pair(clock->elapsedUsec(), clock->waitCount()));
-    const VXTime t = VXDeviceTime::getCurrentTime(); // 23:59:30 + 100.5 s, past midnight
-    EXPECT_EQ(std::make_tuple(2024, 1, 2, 0, 1, 10),
-              std::make_tuple(t.year, t.month, t.day, t.hour, t.minute, t.second));
     ASSERT_TRUE(thread.start());
     counter.waitFor(50);
     EXPECT_TRUE(thread.stop());
@@ -118,6 +112,5 @@ TEST(SafePointer, LastHolderDestroysTheObjectOnceAndAssignmentReleases) {
     CallablePtr a(new Probe(destroyed)), b(new Probe(destroyedB));
     a = b;
     EXPECT_EQ(2, destroyed.load()) << "assignment released the old object";
-    CallablePtr{b.get()}; // the same object wrapped anew joins its count
     EXPECT_EQ(0, destroyedB.load());
 }
