@@ -51,13 +51,11 @@ template <typename Fn> std::string capture(Fn p_fn) {
     return masked(::testing::internal::GetCapturedStdout());
 }
 
-// One console block: colour prefix, header for a tagged trace, text, suffix.
+// One console block of traceAll: colour prefix, header for a tagged trace, text, suffix.
 std::string block(const std::string& p_strColour, const std::string& p_strTag,
-                  const std::string& p_strText, const std::string& p_strFun = "traceAll") {
+                  const std::string& p_strText) {
     const std::string strHeader =
-        p_strTag.empty()
-            ? ""
-            : "[sensor " + p_strTag + "] file:SensorFile fun:" + p_strFun + " line:#\n";
+        p_strTag.empty() ? "" : "[sensor " + p_strTag + "] file:SensorFile fun:traceAll line:#\n";
     return "\033[0m\033[" + p_strColour + "m" + strHeader + p_strText + "\033[0m";
 }
 
