@@ -70,7 +70,7 @@ TEST(SySystem, RemovesExactlyWhatThePatternMatchesAndNeverOutsideTheRootOrRefuse
 
 // One reader for every file: what is not a regular file is refused without
 // blocking and without reading; a regular file is read up to its cap only.
-TEST(FileReader, RefusesAllButRegularFilesAndReadsNoMoreThanTheCap) {
+TEST(FileReader, RefusesAllButRegularFilesReadsNoMoreThanTheCapAndReplacesWhole) {
     TempDeviceRoot root;
     root.writeFile("/f/ten", "0123456789");
     ASSERT_EQ(0, ::mkfifo(root.hostPath("/f/fifo").c_str(), 0644)); // no writer: open would block
@@ -87,16 +87,13 @@ TEST(FileReader, RefusesAllButRegularFilesAndReadsNoMoreThanTheCap) {
         EXPECT_EQ(text, read) << path << " " << cap;
     }
     EXPECT_EQ("0123456789", root.readFile("/f/ten"));
-}
 
-// The host file class opens as the reader does and is inert after a failed
-// open; it replaces a file whole on close or destruction (a discarded or cut
-// write keeps the old file: the failed-save tests).
-TEST(VXFile, FailedOpensLeaveItInertAndReplacementIsWhole) {
-    TempDeviceRoot root;
+    // The host file class opens as the reader does and is inert after a failed
+    // open; it replaces a file whole on close or destruction (a discarded or cut
+    // write keeps the old file: the failed-save tests).
     root.writeFile(kCfg, "OLD");
     VXFile file;
-    EXPECT_FALSE(file.open("/mnt")) << "a directory";
+    EXPECT_FALSE(file.open("/f/fifo")) << "a fifo";
     EXPECT_FALSE(file.open(kCfg, VXFile::modeWrite)) << "only read and write-truncate";
     char buf[4];
     EXPECT_EQ(std::make_tuple(0, -1, -1, false, static_cast<FILE*>(nullptr)),
