@@ -28,16 +28,12 @@ Attr listAttr(std::initializer_list<int32_t> p_lstItems) {
 }
 
 const char kTwoChannelProfile[] = R"xml(<SensorProfile name="dual">
-  <Command id="34" value="60" min="0" max="100"/>
-  <Command id="2528" value="1" items="0 1 2 3"/>
+  <Command id="34" value="60" min="0" max="100"/><Command id="2528" value="1" items="0 1 2 3"/>
   <Record id="2496" text="LENS 2.3"/>
   <Dynamic id="2368" type="0"><Item value="1"/><Item value="3"/></Dynamic>
   <DayNight dayThreshold="50" nightThreshold="20" level="10"/>
-  <Channel index="1">
-    <Command id="34" value="40"/>
-    <Dynamic id="16" type="1" min="0" max="9" default="4"/>
-    <DayNight level="90"/>
-  </Channel>
+  <Channel index="1"><Command id="34" value="40"/><DayNight level="90"/>
+    <Dynamic id="16" type="1" min="0" max="9" default="4"/></Channel>
 </SensorProfile>)xml";
 
 // The process-wide simulator, back on the built-in profile before every test.

@@ -1,7 +1,6 @@
 // The framework thread and its replaceable clock, the callable wrapper and its
 // reference-counted pointer.
 #include "platform/GThread.h"
-#include "platform/RefCountManager.h"
 #include "platform/SafePointer.h"
 #include "platform/TavrinTime.h"
 #include "platform/VXClock.h"
@@ -88,7 +87,6 @@ TEST(GThreadTest, StopWakesThePausingBodyAndVirtualPausesCostNothing) {
 
 TEST(SafePointer, LastHolderDestroysTheObjectOnceAndAssignmentReleases) {
     std::atomic<int> destroyed{0};
-    const std::size_t liveBefore = RefCountManager::getInstance()->liveCount();
     std::vector<std::thread> threads;
     {
         CallablePtr first(new Probe(destroyed));
@@ -106,7 +104,6 @@ TEST(SafePointer, LastHolderDestroysTheObjectOnceAndAssignmentReleases) {
         t.join();
     }
     EXPECT_EQ(1, destroyed.load());
-    EXPECT_EQ(liveBefore, RefCountManager::getInstance()->liveCount()) << "count given back";
 
     std::atomic<int> destroyedB{0};
     CallablePtr a(new Probe(destroyed)), b(new Probe(destroyedB));
