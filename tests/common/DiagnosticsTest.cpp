@@ -9,6 +9,7 @@
 #include <cstring>
 #include <regex>
 #include <string>
+#include <tuple>
 
 #include "common/SensorDebug.h"
 #include "common/ia_ioctrl.h"
@@ -50,15 +51,6 @@ template <typename Fn> std::string capture(Fn p_fn) {
     return masked(::testing::internal::GetCapturedStdout());
 }
 
-std::size_t count(const std::string& p_strText, const std::string& p_strPart) {
-    std::size_t nCount = 0;
-    for (auto nAt = p_strText.find(p_strPart); nAt != std::string::npos;
-         nAt = p_strText.find(p_strPart, nAt + 1)) {
-        ++nCount;
-    }
-    return nCount;
-}
-
 // One console block of traceAll: colour prefix, header for a tagged trace, text, suffix.
 std::string block(const std::string& p_strColour, const std::string& p_strTag,
                   const std::string& p_strText) {
@@ -85,31 +77,26 @@ protected:
     sensortest::TempDeviceRoot m_objRoot;
 };
 
+// Marker, level and abort switch read from it, what is shown: d dbg, i info,
+// w warn, e err, p untagged (threshold 5), a failed check.
 TEST_F(DiagnosticsTest, MarkerFileSetsLevelAndAbortSwitch) {
-    struct Case {
-        const char* marker; // nullptr: no marker file
-        int level;
-        bool abort;
-        // d dbg, i info, w warn, e err, p untagged (threshold 5), a failed check
-        const char* shown;
-    };
-    const Case aCases[] = {
+    const std::tuple<const char*, int, bool, const char*> aCases[] = {
         {nullptr, 1, false, "a"},    {"-1\n0\n", -1, false, ""},
         {"0\n", 0, false, "a"},      {"4", 4, false, "wa"},
         {"5", 5, false, "wa"},       {"6\n1\n", 6, true, "dwep"},
         {"7\n", 7, false, "diwepa"}, {"\n1\n", 1, true, ""},
         {"abc\n", 0, false, "a"},    {"  12xyz\n  3", 12, true, "diwep"},
     };
-    for (const Case& stCase : aCases) {
-        SCOPED_TRACE(stCase.marker == nullptr ? "no marker" : stCase.marker);
-        setMarker(stCase.marker);
+    for (const auto& [szMarker, nLevel, bAbort, szShown] : aCases) {
+        SCOPED_TRACE(szMarker == nullptr ? "no marker" : szMarker);
+        setMarker(szMarker);
         g_nDebugLevel = 9;
-        g_bEnAssert = !stCase.abort;
+        g_bEnAssert = !bAbort;
         updateDebugLevel();
-        EXPECT_EQ(stCase.level, g_nDebugLevel.load());
-        EXPECT_EQ(stCase.abort, g_bEnAssert.load());
+        EXPECT_EQ(std::make_pair(nLevel, bAbort),
+                  std::make_pair(g_nDebugLevel.load(), g_bEnAssert.load()));
 
-        const std::string strShown = stCase.shown;
+        const std::string strShown = szShown;
         const auto shown = [&strShown](char c) { return strShown.find(c) != std::string::npos; };
         std::string strWant;
         strWant += shown('d') ? block("0", "dbg", "dbg 1\n") : "";
@@ -122,7 +109,7 @@ TEST_F(DiagnosticsTest, MarkerFileSetsLevelAndAbortSwitch) {
         std::string strLog = shown('w') ? "[sensor warn] file:SensorFile fun:traceAll line:#\n"
                                           "[sensor warn] warn 3\n"
                                         : "";
-        if (!stCase.abort) {
+        if (!bAbort) {
             EXPECT_EQ(shown('a') ? kAssertOut : "", capture(failCheck));
             strLog += shown('a') ? kAssertLog : "";
         }
@@ -130,22 +117,20 @@ TEST_F(DiagnosticsTest, MarkerFileSetsLevelAndAbortSwitch) {
     }
 }
 
+// An empty message still prints both colour sequences; a long one is printed
+// and logged whole, a huge one is cut; traces the level lets through are whole.
 TEST_F(DiagnosticsTest, FailedChecksAreBoundedAndTracesTheLevelLetsThroughArePrintedWhole) {
     setMarker("1\n");
-    // An empty message still prints both colour sequences.
+    const std::string strLong(1500, 'x'), strHuge(20000, 'y');
+    std::string strOut = capture([&] {
+        SNS_ASSERT(0 != 0, "");
+        SNS_ASSERT(strLong.empty(), "%s\n", strLong.c_str());
+    });
     EXPECT_NE(std::string::npos,
-              capture([] {
-                  SNS_ASSERT(0 != 0, "");
-              }).find("0 != 0   ~~~Assertion failed.\n\033[0m\033[0m\033[31m\033[0m"));
-
-    const std::string strLong(1500, 'x');
-    EXPECT_NE(std::string::npos, capture([&] {
-                                     SNS_ASSERT(strLong.empty(), "%s\n", strLong.c_str());
-                                 }).find(strLong + "\n"));
+              strOut.find("0 != 0   ~~~Assertion failed.\n\033[0m\033[0m\033[31m\033[0m"));
+    EXPECT_NE(std::string::npos, strOut.find(strLong + "\n"));
     EXPECT_NE(std::string::npos, errorLog().find(strLong + "\n")) << "logged whole";
-
-    const std::string strHuge(20000, 'y');
-    std::string strOut = capture([&] { SNS_ASSERT(strHuge.empty(), "%s", strHuge.c_str()); });
+    strOut = capture([&] { SNS_ASSERT(strHuge.empty(), "%s", strHuge.c_str()); });
     EXPECT_LT(strOut.size(), strHuge.size());
     EXPECT_NE(std::string::npos, strOut.find(std::string(1000, 'y')));
 
@@ -155,13 +140,23 @@ TEST_F(DiagnosticsTest, FailedChecksAreBoundedAndTracesTheLevelLetsThroughArePri
         SNS_WARN("%s\n", strHuge.c_str());
         SNS_PRINT(5, 0, "%s\n", strHuge.c_str());
     });
-    EXPECT_EQ(3u, count(strOut, strHuge + "\n")) << "info, warning and plain trace, each whole";
+    std::size_t nWhole = 0; // info, warning and plain trace, each whole
+    for (auto nAt = strOut.find(strHuge + "\n"); nAt != std::string::npos;
+         nAt = strOut.find(strHuge + "\n", nAt + 1)) {
+        ++nWhole;
+    }
+    EXPECT_EQ(3u, nWhole);
 }
 
-// A check made in a helper of an operation reports the operation's name.
+// A check made in a helper of an operation reports the operation's name: a
+// diversity entry whose condition holds but which has no edit, and a range of
+// a dynamic command the ISP refuses.
 TEST_F(DiagnosticsTest, ChecksInsideTheStyleHelpersNameTheirOperation) {
     setMarker("1\n");
-    // A diversity entry whose condition holds but which has no edit.
+    IspSimulator& objIsp = IspSimulator::instance();
+    objIsp.reset();
+    objIsp.setDynamicCommands(0, {34});
+    objIsp.failCommand(0, 34, IA_CMD_OPT_GET_PARAM_RNAGE, -5);
     capture([] {
         ModuleConfig stModule{};
         std::strcpy(stModule.szDetail, "(lensId=0)");
@@ -170,20 +165,13 @@ TEST_F(DiagnosticsTest, ChecksInsideTheStyleHelpersNameTheirOperation) {
         std::strcpy(szStyle, "<Style><Tab key=\"a\"/></Style>");
         mergeStyle(1, &stModule, &szStyle, strDiversity.data());
         freeConfigText(szStyle);
-    });
-    EXPECT_NE(std::string::npos, errorLog().find("fun:mergeStyle line:")) << errorLog();
-
-    // The ISP refuses the range of a dynamic command.
-    IspSimulator& objIsp = IspSimulator::instance();
-    objIsp.reset();
-    objIsp.setDynamicCommands(0, {34});
-    objIsp.failCommand(0, 34, IA_CMD_OPT_GET_PARAM_RNAGE, -5);
-    capture([] {
         std::string strOut;
         getDnaStyle(1, "<Style><Control id=\"34\" value=\"1\"/></Style>", strOut, true, true);
     });
     objIsp.reset();
-    EXPECT_NE(std::string::npos, errorLog().find("fun:getDnaStyle line:")) << errorLog();
+    for (const char* szFun : {"fun:mergeStyle line:", "fun:getDnaStyle line:"}) {
+        EXPECT_NE(std::string::npos, errorLog().find(szFun)) << errorLog();
+    }
 }
 
 using DiagnosticsDeathTest = DiagnosticsTest;
