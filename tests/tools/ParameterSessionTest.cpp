@@ -76,7 +76,7 @@ TEST_F(ParameterSessionTest, HelpNamesEveryCommandOnceAndEachExplainsItself) {
     const SessionResult stHelp = run("help\n");
     ASSERT_EQ(0, stHelp.nExit);
     // Command lines are indented by two blanks under their group's title.
-    std::istringstream objIn(stHelp.replyTo("help"));
+    std::istringstream objIn(stHelp.replyTo("help").value_or(""));
     std::set<std::string> setNames;
     std::string strScript;
     for (std::string strLine; std::getline(objIn, strLine);) {
