@@ -192,7 +192,10 @@ TEST_F(DeviceControlTest, SwitchingOneLightOnSwitchesTheOtherOffFirst) {
         m_objIsp.failCommand(0, kWhite, nOption, -3);
         m_objIsp.clearLog();
         EXPECT_FALSE(c.setIRSwitch(1)) << nOption;
-        EXPECT_TRUE(calls({kIr}).empty()) << nOption;
+        EXPECT_TRUE(calls(nOption == IA_CMD_OPT_GET ? std::vector<uint32_t>{kWhite, kIr}
+                                                    : std::vector<uint32_t>{kIr})
+                        .empty())
+            << nOption;
     }
 }
 
