@@ -28,7 +28,6 @@ test('an ONVIF client we did not write tunes the dome camera', async (t) => {
   for (const [field, value] of Object.entries(wanted)) assert.equal(after[field], value, field);
   const options = await call('getVideoSourceOptions');
   assert.deepEqual([options.brightness.min, options.brightness.max], [0, 100]);
-
   // Scheme 2 keeps its own values.
   for (const [presetToken, value] of [['Scheme_2', 50], ['Scheme_0', 61]]) {
     await call('setCurrentImagingPreset', { presetToken });

@@ -34,7 +34,6 @@ test('the tuning page applies what a person drags and keeps it', async (t) => {
   assert.ok(dragged > 70 && dragged <= 85, `slider at ${dragged}`);
   await shows('val-34', dragged);
   assert.equal((await api.json('GET', '/api/v1/channels/1/parameters/34')).body.value, dragged);
-
   // A value the ISP corrects or the style refuses shows why.
   await page.select('#ctl-2528', '3');
   await shows('val-2528', 3);
@@ -50,7 +49,6 @@ test('the tuning page applies what a person drags and keeps it', async (t) => {
   await page.reload({ waitUntil: 'networkidle0' });
   await page.click('#tab-image');
   assert.equal(await brightness(), dragged);
-
   // A switch made elsewhere (as the sensor thread makes them) shows by polling.
   assert.equal((await api.json('POST', '/api/v1/channels/1/scheme', { scheme: 1 })).status, 200);
   await page.waitForFunction(() => document.getElementById('status').textContent.startsWith('scheme 1'),

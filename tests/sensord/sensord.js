@@ -52,7 +52,6 @@ const rawRequest = (base, method, uri, body, headers = {}, agent = undefined) =>
 });
 
 const md5 = (text) => crypto.createHash('md5').update(text).digest('hex');
-
 // One client's HTTP Digest state: the server's nonce is kept and reused with a rising count,
 // as browsers do.
 function digestClient(base) {
