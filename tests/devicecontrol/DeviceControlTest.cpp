@@ -1,6 +1,5 @@
-// The direct device controls on a mini dome channel: zoom ratio, iris clamps, lens
-// and lock rules, the lens module's version text; lights, light type, mirror and
-// stored keys; shutter steps along the ISP's list; field-of-view sync.
+// The direct device controls on a mini dome channel: zoom, iris, lens and lock, lights, light
+// type, mirror and stored keys, shutter steps along the ISP's list, field-of-view sync.
 #include "ChannelFixture.h"
 
 #include <cstring>
@@ -23,8 +22,8 @@ protected:
         return upMini(4, p_strDetail, p_nChannel);
     }
     // Every ISP call so far as (command, option); given p_vecCmds, the SET calls of
-    // those commands on ISP channel 0 as (command, value).
-    Calls calls(const std::vector<uint32_t>& p_vecCmds = {}) const {
+    // those commands on ISP channel 0 as (command, value). The log starts empty again.
+    Calls calls(const std::vector<uint32_t>& p_vecCmds = {}) {
         Calls vecCalls;
         for (const IspSimulator::LogEntry& st : m_objIsp.log()) {
             if (p_vecCmds.empty()) {
@@ -34,6 +33,7 @@ protected:
                 vecCalls.emplace_back(st.cmd, st.value);
             }
         }
+        m_objIsp.clearLog();
         return vecCalls;
     }
     void lockLens(ISensorController& c, bool p_bOn) {
@@ -48,15 +48,6 @@ protected:
         const bool bRead = m_pController->getZoomValue(nPos, nRatio);
         return {bRead, nPos, nRatio};
     }
-    // The ISP lists p_vecItems as the allowed maximum-shutter values, p_nCurrent the present one.
-    void offer(const std::vector<int32_t>& p_vecItems, int32_t p_nCurrent) {
-        ASSERT_TRUE(m_objIsp.setDynamicCommands(0, {KEY_MAX_SHUTTER}));
-        ASSERT_TRUE(m_objIsp.setAttribute(0, KEY_MAX_SHUTTER, attr(0, p_vecItems[0], p_vecItems)));
-        ASSERT_TRUE(m_objIsp.setValue(0, KEY_MAX_SHUTTER, p_nCurrent));
-        m_objIsp.clearLog();
-    }
-    std::vector<int32_t> writes() const { return setsOf(KEY_MAX_SHUTTER); }
-    std::optional<int> index() const { return read(&ISensorController::getShutterValue); }
     // Runs the sync on p_szFile (nullptr: no file) and returns what it printed.
     std::string sync(ISensorController& c, const char* p_szFile) {
         if (p_szFile != nullptr) {
@@ -88,24 +79,22 @@ TEST_F(DeviceControlTest, IrisIsClampedAfterExposureModeThreeWhichMustSucceed) {
     const std::pair<int, int32_t> aCases[] = {{100, 256},     {255, 256},       {256, 256},
                                               {25600, 25600}, {25601, 1048576}, {30000, 1048576}};
     for (const auto& [nAsked, nSent] : aCases) {
-        m_objIsp.clearLog();
         EXPECT_TRUE(c.setIrisValue(nAsked));
         EXPECT_EQ((Calls{{kExpose, 3}, {kIris, nSent}}), calls({kExpose, kIris})) << nAsked;
     }
     EXPECT_EQ(1048576, read(&ISensorController::getIrisValue));
-
     m_objIsp.failCommand(0, kExpose, IA_CMD_OPT_SET, -5);
-    m_objIsp.clearLog();
     EXPECT_EQ(std::vector<bool>(3, false),
               (std::vector<bool>{c.setIrisValue(1000), c.irisUp(), c.irisDown()}));
     EXPECT_TRUE(calls({kIris, 83, 84}).empty());
     m_objIsp.clearFailures();
-    m_objIsp.clearLog();
     EXPECT_EQ(std::vector<bool>(2, true), (std::vector<bool>{c.irisUp(), c.irisDown()}));
     EXPECT_EQ((Calls{{kExpose, 3}, {83, 1}, {kExpose, 3}, {84, 1}}), calls({kExpose, 83, 84}));
 }
 
-TEST_F(DeviceControlTest, WithoutALensOnlyZoomStepsReachTheIsp) {
+// Without a lens only zoom steps reach the ISP; the lock answers lens commands without
+// sending them, but not iris or the PTZ run state.
+TEST_F(DeviceControlTest, LensCommandsWithoutALensOrUnderTheLock) {
     ISensorController& c = upDome("(max_scheme=2)(lensId=0)");
     m_objIsp.setValue(0, kZoom, 24576);
     m_objIsp.setValue(0, 1552, 900);
@@ -115,31 +104,25 @@ TEST_F(DeviceControlTest, WithoutALensOnlyZoomStepsReachTheIsp) {
     EXPECT_EQ(0, read(&ISensorController::getFocusValue));
     EXPECT_EQ(std::make_tuple(true, 0, kUntouched), zoom());
     EXPECT_TRUE(calls().empty()) << "no ISP traffic without a lens";
-    EXPECT_TRUE(c.zoomIn());
-    EXPECT_TRUE(c.zoomOut());
+    EXPECT_TRUE(c.zoomIn() && c.zoomOut());
     EXPECT_EQ((Calls{{1569, 0}, {1570, 0}}), calls());
-}
 
-TEST_F(DeviceControlTest, LockAnswersLensCommandsWithoutSendingThem) {
-    ISensorController& c = upDome();
+    ISensorController& d = upDome();
     m_objIsp.setValue(0, 1607, 41);
-    lockLens(c, true);
+    lockLens(d, true);
     SensorZoomFocusParam objRead;
-    EXPECT_EQ(0, c.getSensorZoomFocusParam(objRead));
+    EXPECT_EQ(0, d.getSensorZoomFocusParam(objRead));
     EXPECT_TRUE(objRead.getLockZoomFocusEnable());
-    EXPECT_EQ(std::vector<bool>(4, true), (std::vector<bool>{c.setZoomValue(20000), c.zoomIn(),
-                                                             c.focusNear(), c.setFocusMode(1)}));
+    EXPECT_EQ(std::vector<bool>(4, true), (std::vector<bool>{d.setZoomValue(20000), d.zoomIn(),
+                                                             d.focusNear(), d.setFocusMode(1)}));
     EXPECT_EQ(-7, read(&ISensorController::getTempValue)) << "in the locked range: not read";
     EXPECT_EQ(true, read(&ISensorController::getHeatStatus, true));
     EXPECT_TRUE(calls().empty());
-    // Iris and PTZ run state are outside the locked range.
-    EXPECT_TRUE(c.setIrisValue(300));
-    EXPECT_TRUE(c.setPTZRunState(2));
+    EXPECT_TRUE(d.setIrisValue(300) && d.setPTZRunState(2));
     EXPECT_EQ((Calls{{kExpose, 3}, {kIris, 300}, {1632, 2}}), calls({kExpose, kIris, 1632}));
-
-    lockLens(c, false);
+    lockLens(d, false);
     m_objIsp.clearLog();
-    EXPECT_TRUE(c.setZoomValue(20000));
+    EXPECT_TRUE(d.setZoomValue(20000));
     EXPECT_EQ(41, read(&ISensorController::getTempValue));
     EXPECT_EQ((Calls{{kZoom, 20000}}), calls({kZoom}));
 }
@@ -163,16 +146,15 @@ TEST_F(DeviceControlTest, FocusStepDirectReadsExecStatusAndVersionText) {
     m_objIsp.failCommand(0, kZoom, IA_CMD_OPT_EXEC_STATUS, -4);
     EXPECT_FALSE(c.getCmdExecStatus(kZoom, nStatus));
 
+    // The version text ends at its terminator or after all 50 bytes; a refused read leaves it.
     std::vector<uint8_t> vecText(50, 0);
     std::memcpy(vecText.data(), "LENS-7", 6);
-    ASSERT_TRUE(m_objIsp.setRecord(0, kVersion, vecText));
-    const auto version = [&] {
-        return read(&ISensorController::getCameraVerInf, std::string("old"));
-    };
-    EXPECT_EQ("LENS-7", version());
-    // A text that fills all 50 bytes has no terminator: exactly 50 are taken.
-    ASSERT_TRUE(m_objIsp.setRecord(0, kVersion, std::vector<uint8_t>(50, 'V')));
-    EXPECT_EQ(std::string(50, 'V'), version());
+    const std::pair<std::vector<uint8_t>, std::string> aTexts[] = {
+        {vecText, "LENS-7"}, {std::vector<uint8_t>(50, 'V'), std::string(50, 'V')}};
+    for (const auto& [vecRecord, strText] : aTexts) {
+        ASSERT_TRUE(m_objIsp.setRecord(0, kVersion, vecRecord));
+        EXPECT_EQ(strText, read(&ISensorController::getCameraVerInf, std::string("old")));
+    }
     m_objIsp.failCommand(0, kVersion, IA_CMD_OPT_GET, -1);
     std::string strVersion = "kept";
     EXPECT_FALSE(c.getCameraVerInf(strVersion));
@@ -181,47 +163,45 @@ TEST_F(DeviceControlTest, FocusStepDirectReadsExecStatusAndVersionText) {
 
 TEST_F(DeviceControlTest, SwitchingOneLightOnSwitchesTheOtherOffFirst) {
     using Setter = bool (ISensorController::*)(int);
-    const std::tuple<Setter, uint32_t, uint32_t> aCases[] = {
-        {&ISensorController::setIRSwitch, kIr, kWhite},
-        {&ISensorController::setWhiteSwitch, kWhite, kIr}};
+    const Setter pIr = &ISensorController::setIRSwitch, pWhite = &ISensorController::setWhiteSwitch;
     ISensorController& c = upDome();
-    for (const auto& [pSet, nOwn, nPartner] : aCases) {
-        SCOPED_TRACE(nOwn);
-        m_objIsp.setValue(0, nOwn, 0);
-        m_objIsp.setValue(0, nPartner, 1);
+    // (setter, value, white and infrared before, ISP calls as (command, option), white and
+    // infrared after): the partner is read and, when on, switched off first; off and other
+    // modes leave it unread.
+    const std::tuple<Setter, int, int, int, Calls, int, int> aCases[] = {
+        {pIr, 1, 1, 0, {{kWhite, 1}, {kWhite, 0}, {kIr, 0}}, 0, 1},
+        {pIr, 1, 0, 0, {{kWhite, 1}, {kIr, 0}}, 0, 1},
+        {pIr, 0, 1, 1, {{kIr, 0}}, 1, 0},
+        {pIr, 2, 1, 1, {{kIr, 0}}, 1, 2},
+        {pWhite, 1, 0, 1, {{kIr, 1}, {kIr, 0}, {kWhite, 0}}, 1, 0}};
+    for (const auto& [pSet, nValue, nWhite, nIr, vecCalls, nWhiteAfter, nIrAfter] : aCases) {
+        SCOPED_TRACE(::testing::Message() << (pSet == pIr ? "ir " : "white ") << nValue);
+        m_objIsp.setValue(0, kWhite, nWhite);
+        m_objIsp.setValue(0, kIr, nIr);
         m_objIsp.clearLog();
-        EXPECT_TRUE((c.*pSet)(1));
-        EXPECT_EQ((Calls{{nPartner, 1}, {nPartner, 0}, {nOwn, 0}}), calls());
-        EXPECT_EQ((Calls{{nPartner, 0}, {nOwn, 1}}), calls({kWhite, kIr}));
-        // The partner already off: only this light is written.
-        m_objIsp.clearLog();
-        EXPECT_TRUE((c.*pSet)(1));
-        EXPECT_EQ((Calls{{nOwn, 1}}), calls({kWhite, kIr}));
+        EXPECT_TRUE((c.*pSet)(nValue));
+        EXPECT_EQ(vecCalls, calls());
+        EXPECT_EQ(std::make_pair(nWhiteAfter, nIrAfter),
+                  std::make_pair(*m_objIsp.getValue(0, kWhite), *m_objIsp.getValue(0, kIr)));
     }
     EXPECT_EQ(1, read(&ISensorController::getWhiteSwitch));
-
-    // Off and other modes leave the partner alone, without reading it.
-    m_objIsp.clearLog();
-    EXPECT_TRUE(c.setIRSwitch(0));
-    EXPECT_TRUE(c.setIRSwitch(2));
-    EXPECT_EQ((Calls{{kIr, 0}, {kIr, 0}}), calls());
-    EXPECT_EQ(1, *m_objIsp.getValue(0, kWhite));
-
     // A failed partner read or switch-off writes nothing further.
-    m_objIsp.failCommand(0, kWhite, IA_CMD_OPT_GET, -3);
-    m_objIsp.clearLog();
-    EXPECT_FALSE(c.setIRSwitch(1));
-    EXPECT_TRUE(calls({kWhite, kIr}).empty());
-    m_objIsp.clearFailures();
-    m_objIsp.failCommand(0, kWhite, IA_CMD_OPT_SET, -5);
-    EXPECT_FALSE(c.setIRSwitch(1)) << "white light could not be switched off";
-    EXPECT_TRUE(calls({kIr}).empty());
+    m_objIsp.setValue(0, kWhite, 1);
+    for (const int nOption : {IA_CMD_OPT_GET, IA_CMD_OPT_SET}) {
+        m_objIsp.clearFailures();
+        m_objIsp.failCommand(0, kWhite, nOption, -3);
+        m_objIsp.clearLog();
+        EXPECT_FALSE(c.setIRSwitch(1)) << nOption;
+        EXPECT_TRUE(calls(nOption == IA_CMD_OPT_GET ? std::vector<uint32_t>{kWhite, kIr}
+                                                    : std::vector<uint32_t>{kIr})
+                        .empty())
+            << nOption;
+    }
 }
 
 TEST_F(DeviceControlTest, LightTypeWhiteModeMirrorAndStoredAccessors) {
     ISensorController& c = upDome();
-    EXPECT_FALSE(c.setLightType(4));
-    EXPECT_FALSE(c.setLightType(-1));
+    EXPECT_FALSE(c.setLightType(4) || c.setLightType(-1));
     EXPECT_TRUE(calls().empty());
     EXPECT_TRUE(c.setLightType(3));
     EXPECT_EQ(std::vector<int32_t>{3}, setsOf(224));
@@ -255,59 +235,53 @@ TEST_F(DeviceControlTest, LightTypeWhiteModeMirrorAndStoredAccessors) {
 
 TEST_F(DeviceControlTest, ShutterStepsFollowTheIspListAndRefusalsChangeNothing) {
     ISensorController& c = upDome();
-    // A missing value, a refused read, no list or a bad index change nothing.
-    const std::optional<int> nBefore = param(KEY_MAX_SHUTTER);
-    offer({1, 2, 4, 8}, 3);
-    int nIndex = 99;
-    EXPECT_FALSE(c.getShutterValue(nIndex));
-    EXPECT_EQ(99, nIndex);
-    EXPECT_EQ(std::vector<bool>(2, false), (std::vector<bool>{c.shutterUp(), c.shutterDown()}));
-    offer({1, 2}, 1);
-    m_objIsp.failCommand(0, KEY_MAX_SHUTTER, IA_CMD_OPT_GET, -5);
-    EXPECT_EQ(std::nullopt, index());
-    EXPECT_FALSE(c.shutterUp());
-    m_objIsp.clearFailures();
-    // A continuous range gives no list: nothing can be chosen by index.
-    ASSERT_TRUE(m_objIsp.setAttribute(0, KEY_MAX_SHUTTER, attr(1, 1, {})));
-    EXPECT_FALSE(c.setShutterValue(0));
-    EXPECT_EQ(std::nullopt, index());
-    EXPECT_TRUE(writes().empty());
-    EXPECT_EQ(nBefore, param(KEY_MAX_SHUTTER));
-
-    offer({1, 2, 4, 8}, 2);
-    EXPECT_FALSE(c.setShutterValue(4));
-    EXPECT_FALSE(c.setShutterValue(-1));
-    EXPECT_TRUE(writes().empty());
-    EXPECT_TRUE(c.setShutterValue(3));
-    EXPECT_EQ(std::vector<int32_t>{8}, writes());
-    EXPECT_EQ(8, param(KEY_MAX_SHUTTER));
-    EXPECT_EQ(3, index());
-
-    std::vector<int32_t> vecItems;
-    for (int32_t v = 1; v <= 40; ++v) {
-        vecItems.push_back(v * 10);
+    constexpr int kUp = 900, kDown = 901, kNone = 902; // other steps set that index
+    constexpr int32_t kRefused = -1;                   // the ISP refuses to read the value
+    std::vector<int32_t> vecForty(40);
+    for (size_t i = 0; i < vecForty.size(); ++i) {
+        vecForty[i] = static_cast<int32_t>(i + 1) * 10;
     }
-    offer(vecItems, 300); // index 29, the last one taken
-    EXPECT_EQ(29, index());
-    EXPECT_TRUE(c.shutterUp());
-    EXPECT_EQ(std::vector<int32_t>{300}, writes()) << "index 29 is the end of the list";
-    EXPECT_FALSE(c.setShutterValue(30));
-    m_objIsp.setValue(0, KEY_MAX_SHUTTER, 310);
-    EXPECT_EQ(std::nullopt, index()) << "the 31st value is not in the list";
-    EXPECT_FALSE(c.shutterDown());
-
-    const std::tuple<std::vector<int32_t>, int32_t, bool, int32_t> aCases[] = {
-        {{1, 2, 4, 8}, 4, true, 8}, {{1, 2, 4, 8}, 4, false, 2}, {{8, 1, 4}, 1, true, 4},
-        {{1, 2, 4, 8}, 8, true, 8}, {{1, 2, 4, 8}, 1, false, 1}, {{1, 2, 4, 8}, 2, true, 4},
-        {{8, 1, 4}, 1, false, 8}}; // consecutive writes differ: the cache skips none
-    for (const auto& [vecList, nCurrent, bUp, nWritten] : aCases) {
-        SCOPED_TRACE((bUp ? "up from " : "down from ") + std::to_string(nCurrent));
-        offer(vecList, nCurrent);
-        EXPECT_TRUE(bUp ? c.shutterUp() : c.shutterDown());
-        EXPECT_EQ(std::vector<int32_t>{nWritten}, writes());
-        EXPECT_EQ(nWritten, param(KEY_MAX_SHUTTER)) << "the step is stored in the current scheme";
+    const std::vector<int32_t> vecFour = {1, 2, 4, 8}, vecRange, vecOdd = {8, 1, 4};
+    // (list, empty: a continuous range; current value; step; value written; index after): a
+    // value missing from the list, a refused read, no list or a bad index change nothing; of
+    // forty values 30 are taken, 29 is the end; 8 is first in the ISP's order. Consecutive writes
+    // differ, so the cache skips none.
+    const std::tuple<std::vector<int32_t>, int32_t, int, std::optional<int32_t>, std::optional<int>>
+        aCases[] = {{vecFour, 3, kNone, {}, {}},    {vecFour, 3, kUp, {}, {}},
+                    {vecFour, 3, kDown, {}, {}},    {vecFour, kRefused, kUp, {}, {}},
+                    {vecRange, 1, 0, {}, {}},       {vecFour, 2, 4, {}, 1},
+                    {vecFour, 2, -1, {}, 1},        {vecFour, 2, 3, 8, 3},
+                    {vecForty, 300, kUp, 300, 29},  {vecForty, 300, 30, {}, 29},
+                    {vecForty, 310, kDown, {}, {}}, {vecFour, 4, kUp, 8, 3},
+                    {vecFour, 4, kDown, 2, 1},      {vecOdd, 1, kUp, 4, 2},
+                    {vecFour, 8, kUp, 8, 3},        {vecFour, 1, kDown, 1, 0},
+                    {vecFour, 2, kUp, 4, 2},        {vecOdd, 1, kDown, 8, 0}};
+    for (const auto& [vecList, nCurrent, nStep, nWritten, nIndex] : aCases) {
+        SCOPED_TRACE("list of " + std::to_string(vecList.size()) + " at " +
+                     std::to_string(nCurrent) + ", step " + std::to_string(nStep));
+        m_objIsp.clearFailures();
+        ASSERT_TRUE(m_objIsp.setDynamicCommands(0, {KEY_MAX_SHUTTER}));
+        ASSERT_TRUE(m_objIsp.setAttribute(
+            0, KEY_MAX_SHUTTER, vecList.empty() ? attr(1, 1, {}) : attr(0, vecList[0], vecList)));
+        ASSERT_TRUE(m_objIsp.setValue(0, KEY_MAX_SHUTTER, nCurrent));
+        if (nCurrent == kRefused) {
+            m_objIsp.failCommand(0, KEY_MAX_SHUTTER, IA_CMD_OPT_GET, -5);
+        }
+        m_objIsp.clearLog();
+        const std::optional<int> nStored = param(KEY_MAX_SHUTTER);
+        EXPECT_EQ(nWritten.has_value(), nStep == kUp ? c.shutterUp()
+                                        : nStep == kDown
+                                            ? c.shutterDown()
+                                            : nStep != kNone && c.setShutterValue(nStep));
+        EXPECT_EQ(nWritten ? std::vector<int32_t>{*nWritten} : std::vector<int32_t>{},
+                  setsOf(KEY_MAX_SHUTTER));
+        EXPECT_EQ(nWritten ? nWritten : nStored, param(KEY_MAX_SHUTTER))
+            << "a step is stored in the current scheme";
+        int nRead = 99;
+        const bool bRead = c.getShutterValue(nRead);
+        EXPECT_EQ(nIndex, bRead ? std::optional<int>(nRead) : std::nullopt);
+        EXPECT_TRUE(bRead || nRead == 99) << "a failed read leaves the index";
     }
-    EXPECT_EQ(0, index()) << "8 is first in the ISP's order";
 }
 
 // Entries, comma rule, substring search, one printed line per line.
@@ -336,7 +310,6 @@ TEST_F(DeviceControlTest, LinesPrintedAndZoomSentPerCalibrationFileAndChannel) {
         EXPECT_EQ(szPrinted, sync(c, szFile));
         EXPECT_EQ(nZoom == 0 ? std::vector<int32_t>{} : std::vector<int32_t>{nZoom}, setsOf(kZoom));
     }
-
     // Channel 2 reads its own entries; without a lens nothing is sent.
     ISensorController& d = upDome("(max_scheme=2)(lensId=1)", 2);
     EXPECT_EQ("zoom= 2500,focus= 20 \n", sync(d, "zoom1=1500,focus1=10,zoom2=2500,focus2=20,\n"));

@@ -1,9 +1,9 @@
-// sensord's parts that decide what is let in and how values cross between
-// ONVIF and the module: the credential checks, the field table and its
-// conversions, and the bounds on SOAP requests.
+// sensord's parts that decide what is let in and how values cross between ONVIF and the module:
+// the credential checks, the field table and its conversions, and the bounds on SOAP requests.
 #include <gtest/gtest.h>
 
 #include <set>
+#include <tuple>
 
 #include "common/SensorKeys.h"
 #include "tools/sensord/Credentials.h"
@@ -15,11 +15,8 @@ using namespace sensord;
 namespace {
 
 constexpr int64_t NOW = 1800000000; // 2027-01-15T08:00:00Z
-
-std::string tokenDigest(const std::string& p_strNonce, const std::string& p_strCreated,
-                        const std::string& p_strPassword) {
-    return base64Encode(sha1(p_strNonce + p_strCreated + p_strPassword));
-}
+constexpr AuthResult OK = AuthResult::Ok, MISSING = AuthResult::Missing,
+                     REFUSED = AuthResult::Refused, STALE = AuthResult::Stale;
 
 std::string digestHeader(const std::string& p_strNonce, const std::string& p_strUri,
                          const std::string& p_strPassword) {
@@ -31,90 +28,58 @@ std::string digestHeader(const std::string& p_strNonce, const std::string& p_str
            "\"";
 }
 
-std::string nonceOf(const std::string& p_strChallenge) {
-    const size_t nStart = p_strChallenge.find("nonce=\"") + 7;
-    return p_strChallenge.substr(nStart, p_strChallenge.find('"', nStart) - nStart);
-}
-
-StyleControl list(std::vector<int> p_vecItems, std::vector<std::string> p_vecNames) {
-    StyleControl stControl;
-    stControl.vecItems = std::move(p_vecItems);
-    stControl.vecItemNames = std::move(p_vecNames);
-    return stControl;
-}
-
 } // namespace
 
-TEST(SensordCredentials, UsernameTokenNeedsTheRightDigestAFreshTimeAndANewNonce) {
+TEST(SensordCredentials, TokensAndDigestsNeedTheRightSecretAFreshTimeAndTheirOwnNonce) {
     Credentials objCredentials("admin", "secret");
-    const std::string strNonce = "0123456789abcdef";
-    const std::string strCreated = "2027-01-15T08:00:00.250Z";
-    const std::string strGood = tokenDigest(strNonce, strCreated, "secret");
-    const std::string strNonce64 = base64Encode(strNonce);
-    EXPECT_EQ(objCredentials.checkUsernameToken("admin", strGood, strNonce64, strCreated, NOW),
-              AuthResult::Ok);
-    const struct {
-        const char* szUser;
-        std::string strDigest;
-        std::string strNonce;
-        std::string strCreated;
-        int64_t nNow;
-        AuthResult eExpected;
-    } CASES[] = {
-        {"admin", strGood, strNonce64, strCreated, NOW, AuthResult::Refused}, // replayed
-        {"admin", tokenDigest("fresh-nonce", strCreated, "secret"), base64Encode("fresh-nonce"),
-         strCreated, NOW + 301, AuthResult::Stale},
-        {"admin", tokenDigest("fresh-nonce", strCreated, "secret"), base64Encode("fresh-nonce"),
-         strCreated, NOW - 301, AuthResult::Stale},
-        {"admin", tokenDigest("other", strCreated, "wrong"), base64Encode("other"), strCreated, NOW,
-         AuthResult::Refused},
-        {"root", tokenDigest("other", strCreated, "secret"), base64Encode("other"), strCreated, NOW,
-         AuthResult::Refused},
-        {"admin", strGood, "not base64!", strCreated, NOW, AuthResult::Refused},
-        {"admin", strGood, strNonce64, "2027-01-15 08:00:00", NOW, AuthResult::Refused},
-        {"", "", "", "", NOW, AuthResult::Missing},
-    };
-    for (const auto& stCase : CASES) {
-        EXPECT_EQ(objCredentials.checkUsernameToken(stCase.szUser, stCase.strDigest,
-                                                    stCase.strNonce, stCase.strCreated,
-                                                    stCase.nNow),
-                  stCase.eExpected)
-            << stCase.szUser << " " << stCase.strNonce << " " << stCase.nNow;
+    const std::string strAt = "2027-01-15T08:00:00.250Z";
+    // (user, nonce, password signed, creation time, now, result): the nonce goes base64 encoded
+    // unless it is "not base64!"; no password sends no digest. A good token, then its replay.
+    const std::tuple<const char*, std::string, const char*, std::string, int64_t, AuthResult>
+        aCases[] = {{"admin", "0123456789abcdef", "secret", strAt, NOW, OK},
+                    {"admin", "0123456789abcdef", "secret", strAt, NOW, REFUSED},
+                    {"admin", "fresh-nonce", "secret", strAt, NOW + 301, STALE},
+                    {"admin", "fresh-nonce", "secret", strAt, NOW - 301, STALE},
+                    {"admin", "other", "wrong", strAt, NOW, REFUSED},
+                    {"root", "other", "secret", strAt, NOW, REFUSED},
+                    {"admin", "not base64!", "secret", strAt, NOW, REFUSED},
+                    {"admin", "time-nonce", "secret", "2027-01-15 08:00:00", NOW, REFUSED},
+                    {"", "", nullptr, "", NOW, MISSING}};
+    for (const auto& [szUser, strNonce, szPassword, strCreated, nNow, eExpected] : aCases) {
+        const std::string strDigest =
+            szPassword ? base64Encode(sha1(strNonce + strCreated + szPassword)) : "";
+        const std::string strSent = strNonce == "not base64!" ? strNonce : base64Encode(strNonce);
+        EXPECT_EQ(eExpected,
+                  objCredentials.checkUsernameToken(szUser, strDigest, strSent, strCreated, nNow))
+            << szUser << " " << strNonce << " " << strCreated << " " << nNow;
     }
-}
 
-TEST(SensordCredentials, HttpDigestChecksNonceUriAndResponse) {
-    Credentials objCredentials("admin", "secret");
-    const std::string strNonce = nonceOf(objCredentials.digestChallenge(false, NOW));
+    // HTTP Digest: the nonce sensord signed, the URI asked for and the response.
+    const std::string strChallenge = objCredentials.digestChallenge(false, NOW);
+    std::string strNonce = strChallenge.substr(strChallenge.find("nonce=\"") + 7);
+    strNonce.resize(strNonce.find('"'));
     std::string strForged = strNonce;
     strForged.back() = strForged.back() == '0' ? '1' : '0';
-    const struct {
-        std::string strHeader;
-        std::string strPath;
-        int64_t nNow;
-        AuthResult eExpected;
-    } CASES[] = {
-        {digestHeader(strNonce, "/api/v1/channels", "secret"), "/api/v1/channels", NOW,
-         AuthResult::Ok},
-        {digestHeader(strNonce, "/api/v1/channels?x=1", "secret"), "/api/v1/channels", NOW,
-         AuthResult::Ok},
-        {digestHeader(strNonce, "/api/v1/channels", "secret"), "/", NOW, AuthResult::Refused},
-        {digestHeader(strNonce, "/", "wrong"), "/", NOW, AuthResult::Refused},
-        {digestHeader(strForged, "/", "secret"), "/", NOW, AuthResult::Refused},
-        {digestHeader(strNonce, "/", "secret"), "/", NOW + 301, AuthResult::Stale},
-        {"Basic YWRtaW46c2VjcmV0", "/", NOW, AuthResult::Refused},
-        {"Digest username=\"admin", "/", NOW, AuthResult::Refused},
-        {"", "/", NOW, AuthResult::Missing},
-    };
-    for (const auto& stCase : CASES) {
-        EXPECT_EQ(objCredentials.checkDigest("GET", stCase.strPath, stCase.strHeader, stCase.nNow),
-                  stCase.eExpected)
-            << stCase.strHeader;
+    const std::string strList = "/api/v1/channels";
+    // (Authorization header, path asked for, now, result)
+    const std::tuple<std::string, std::string, int64_t, AuthResult> aDigests[] = {
+        {digestHeader(strNonce, strList, "secret"), strList, NOW, OK},
+        {digestHeader(strNonce, strList + "?x=1", "secret"), strList, NOW, OK},
+        {digestHeader(strNonce, strList, "secret"), "/", NOW, REFUSED},
+        {digestHeader(strNonce, "/", "wrong"), "/", NOW, REFUSED},
+        {digestHeader(strForged, "/", "secret"), "/", NOW, REFUSED},
+        {digestHeader(strNonce, "/", "secret"), "/", NOW + 301, STALE},
+        {"Basic YWRtaW46c2VjcmV0", "/", NOW, REFUSED},
+        {"Digest username=\"admin", "/", NOW, REFUSED},
+        {"", "/", NOW, MISSING}};
+    for (const auto& [strHeader, strPath, nDigestNow, eDigest] : aDigests) {
+        EXPECT_EQ(eDigest, objCredentials.checkDigest("GET", strPath, strHeader, nDigestNow))
+            << strHeader;
     }
     EXPECT_NE(objCredentials.digestChallenge(true, NOW).find("stale=true"), std::string::npos);
 }
 
-TEST(SensordMapping, EveryKeyAndPathOnceAndInSchemaOrder) {
+TEST(SensordMapping, EveryKeyAndPathOnceAndValuesConvertBothWaysWithinTheControl) {
     std::set<u32> setKeys;
     std::set<std::string> setPaths;
     for (const OnvifField& stField : onvifFields()) {
@@ -125,58 +90,45 @@ TEST(SensordMapping, EveryKeyAndPathOnceAndInSchemaOrder) {
     }
     EXPECT_EQ(findSettingField("Brightness")->nKey, KEY_BRIGHTNESS);
     EXPECT_EQ(findSettingField("Exposure/Window"), nullptr);
-}
 
-TEST(SensordMapping, ValuesConvertBothWaysWithinTheControl) {
     const OnvifField& stLevel = *findSettingField("Brightness");
     const OnvifField& stIrCut = *findSettingField("IrCutFilter");
     const OnvifField& stExposure = *findSettingField("Exposure/MaxExposureTime");
-    StyleControl stSlider;
-    stSlider.nMin = 0;
-    stSlider.nMax = 100;
-    const StyleControl stDayNight = list({0, 1, 2}, {"Auto", "Day", "Night"});
-    const StyleControl stShutter = list({1, 4, 6}, {"1/25", "1/150", "1/250"});
-    const struct {
-        const OnvifField& stField;
-        const StyleControl& stControl;
-        const char* szText;
-        bool bAccepted;
-        int nValue;
-    } CASES[] = {
-        {stLevel, stSlider, "61", true, 61},       {stLevel, stSlider, "61.6", true, 62},
-        {stLevel, stSlider, "100", true, 100},     {stLevel, stSlider, "101", false, 0},
-        {stLevel, stSlider, "-1", false, 0},       {stLevel, stSlider, "nan", false, 0},
-        {stLevel, stSlider, "5x", false, 0},       {stLevel, stSlider, "", false, 0},
-        {stIrCut, stDayNight, "AUTO", true, 0},    {stIrCut, stDayNight, "ON", true, 1},
-        {stIrCut, stDayNight, "OFF", true, 2},     {stIrCut, stDayNight, "on", false, 0},
-        {stExposure, stShutter, "40000", true, 1}, {stExposure, stShutter, "6666.67", true, 4},
-        {stExposure, stShutter, "4000", true, 6},  {stExposure, stShutter, "5000", false, 0},
-    };
-    for (const auto& stCase : CASES) {
-        int nValue = -1;
-        std::string strWhy;
-        EXPECT_EQ(toModule(stCase.stField, stCase.stControl, stCase.szText, nValue, strWhy),
-                  stCase.bAccepted)
-            << stCase.stField.szSetting << " " << stCase.szText;
-        if (stCase.bAccepted) {
-            EXPECT_EQ(nValue, stCase.nValue) << stCase.szText;
-            std::string strBack;
-            ASSERT_TRUE(toOnvif(stCase.stField, stCase.stControl, nValue, strBack));
-            int nAgain = -1;
-            EXPECT_TRUE(toModule(stCase.stField, stCase.stControl, strBack, nAgain, strWhy));
+    const StyleControl stSlider{0, "", "", false, 0, {}, {}, 0, 100};
+    const StyleControl stDayNight{0, "", "", false, 0, {0, 1, 2}, {"Auto", "Day", "Night"}, {}, {}};
+    const StyleControl stShutter{0,  "", "", false, 0, {1, 4, 6}, {"1/25", "1/150", "1/250"},
+                                 {}, {}};
+    const StyleControl stTimed{0, "", "", false, 0, {0, 3}, {"Auto", "Timed"}, {}, {}};
+    // (field, control, ONVIF text, module value or -1 for a refusal); what is taken converts
+    // back to a text that gives the same value.
+    const std::tuple<const OnvifField&, const StyleControl&, const char*, int> aCases[] = {
+        {stLevel, stSlider, "61", 61},         {stLevel, stSlider, "61.6", 62},
+        {stLevel, stSlider, "100", 100},       {stLevel, stSlider, "101", -1},
+        {stLevel, stSlider, "-1", -1},         {stLevel, stSlider, "nan", -1},
+        {stLevel, stSlider, "5x", -1},         {stLevel, stSlider, "", -1},
+        {stIrCut, stDayNight, "AUTO", 0},      {stIrCut, stDayNight, "ON", 1},
+        {stIrCut, stDayNight, "OFF", 2},       {stIrCut, stDayNight, "on", -1},
+        {stIrCut, stTimed, "ON", -1},          {stExposure, stShutter, "40000", 1},
+        {stExposure, stShutter, "6666.67", 4}, {stExposure, stShutter, "4000", 6},
+        {stExposure, stShutter, "5000", -1}};
+    for (const auto& [stField, stControl, szText, nExpected] : aCases) {
+        SCOPED_TRACE(std::string(stField.szSetting) + " " + szText);
+        int nValue = -1, nAgain = -1;
+        std::string strWhy, strBack;
+        EXPECT_EQ(nExpected >= 0, toModule(stField, stControl, szText, nValue, strWhy));
+        EXPECT_EQ(nExpected >= 0, strWhy.empty()) << strWhy;
+        if (nExpected >= 0) {
+            EXPECT_EQ(nExpected, nValue);
+            ASSERT_TRUE(toOnvif(stField, stControl, nValue, strBack));
+            EXPECT_TRUE(toModule(stField, stControl, strBack, nAgain, strWhy));
             EXPECT_EQ(nAgain, nValue) << strBack;
-        } else {
-            EXPECT_NE(strWhy, "");
         }
     }
-    // Timed switching reads as AUTO; a mode the control lacks is neither offered nor taken.
+    // Timed switching reads as AUTO; a mode the control lacks is not offered (nor taken, above).
     std::string strText;
-    EXPECT_TRUE(toOnvif(stIrCut, list({0, 3}, {"Auto", "Timed"}), 3, strText));
+    EXPECT_TRUE(toOnvif(stIrCut, stTimed, 3, strText));
     EXPECT_EQ(strText, "AUTO");
-    EXPECT_EQ(modeTokens(stIrCut, list({0, 3}, {"Auto", "Timed"})),
-              std::vector<std::string>{"AUTO"});
-    int nValue = 0;
-    EXPECT_FALSE(toModule(stIrCut, list({0, 3}, {"Auto", "Timed"}), "ON", nValue, strText));
+    EXPECT_EQ(modeTokens(stIrCut, stTimed), std::vector<std::string>{"AUTO"});
     double dMin = 0, dMax = 0;
     ASSERT_TRUE(fieldRange(stExposure, stShutter, dMin, dMax));
     EXPECT_EQ(std::make_pair(dMin, dMax), std::make_pair(4000.0, 40000.0));
@@ -187,31 +139,22 @@ TEST(SensordSoap, RequestsAreBoundedAndFaultsAreWellFormed) {
         return "<s:Envelope xmlns:s=\"http://www.w3.org/2003/05/soap-envelope\"><s:Body>" +
                p_strBody + "</s:Body></s:Envelope>";
     };
-    const struct {
-        std::string strText;
-        bool bAccepted;
-    } CASES[] = {
-        {envelope("<GetStatus/>"), true},
-        {envelope("<a x=\"1\"><b y='/>'/></a>"), true},
-        {envelope(""), false},
-        {"<Envelope><Body><x/></Body>", false},
-        {"<Other><Body><x/></Body></Other>", false},
-        {envelope([] {
-             std::string strDeep;
-             for (int i = 0; i < 60; ++i) {
-                 strDeep = "<a " + std::string("x='/>'") + ">" + strDeep + "</a>";
-             }
-             return strDeep;
-         }()),
-         false},
-        {envelope("<a>\xE2"), false},
-    };
-    for (const auto& stCase : CASES) {
+    std::string strDeep;
+    for (int i = 0; i < 60; ++i) {
+        strDeep = "<a x='/>'>" + strDeep + "</a>";
+    }
+    const std::pair<bool, std::string> aCases[] = {{true, envelope("<GetStatus/>")},
+                                                   {true, envelope("<a x=\"1\"><b y='/>'/></a>")},
+                                                   {false, envelope("")},
+                                                   {false, "<Envelope><Body><x/></Body>"},
+                                                   {false, envelope(strDeep)},
+                                                   {false, "<Other><Body><x/></Body></Other>"},
+                                                   {false, envelope("<a>\xE2")}};
+    for (const auto& [bAccepted, strText] : aCases) {
         SoapRequest stRequest;
         std::string strWhy;
-        EXPECT_EQ(parseSoap(stCase.strText, stRequest, strWhy), stCase.bAccepted)
-            << stCase.strText.substr(0, 120);
-        EXPECT_EQ(strWhy.empty(), stCase.bAccepted) << strWhy;
+        EXPECT_EQ(parseSoap(strText, stRequest, strWhy), bAccepted) << strText.substr(0, 120);
+        EXPECT_EQ(strWhy.empty(), bAccepted) << strWhy;
     }
     const HttpReply stFault =
         soapFault(400, "env:Sender", "ter:InvalidArgVal", nullptr, "a <b> & \"c\"");

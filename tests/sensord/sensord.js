@@ -1,6 +1,5 @@
-// Shared by the sensord tests: start the built sensord on a fresh copy of a
-// sample device (loopback only, a free port), sign requests with HTTP Digest
-// or a WS-Security UsernameToken, and stop it with SIGTERM.
+// Shared by the sensord tests: start the built sensord on a fresh copy of a sample device
+// (loopback, a free port), sign requests with HTTP Digest or a WS-Security UsernameToken.
 'use strict';
 const { spawn } = require('node:child_process');
 const crypto = require('node:crypto');
@@ -25,8 +24,7 @@ async function startSensord(device) {
   const port = await new Promise((resolve, reject) => {
     const timer = setTimeout(() => reject(new Error('sensord did not listen within 5 s')), 5000);
     child.stdout.on('data', (chunk) => {
-      output += chunk;
-      const found = /listening on http:\/\/127\.0\.0\.1:(\d+)/.exec(output);
+      const found = /listening on http:\/\/127\.0\.0\.1:(\d+)/.exec(output += chunk);
       if (found) { clearTimeout(timer); resolve(Number(found[1])); }
     });
     child.on('exit', (code) => reject(new Error('sensord ended early: ' + code)));
@@ -44,76 +42,63 @@ async function startSensord(device) {
   return { port, stop, base: `http://127.0.0.1:${port}` };
 }
 
+const rawRequest = (base, method, uri, body, headers = {}, agent = undefined) => new Promise((resolve, reject) => {
+  const req = http.request(base + uri, { method, headers, agent, timeout: 10000 }, async (res) => {
+    let text = '';
+    for await (const chunk of res.setEncoding('utf8')) text += chunk;
+    resolve({ status: res.statusCode, headers: res.headers, body: text });
+  });
+  req.on('timeout', () => req.destroy(new Error('timed out'))).on('error', reject).end(body);
+});
+
 const md5 = (text) => crypto.createHash('md5').update(text).digest('hex');
-
-// One client's HTTP Digest state: the server's nonce is kept and reused with
-// a rising count, as browsers do.
-class DigestClient {
-  constructor(base) {
-    Object.assign(this, { base, nonce: null, nc: 0, agent: new http.Agent({ keepAlive: true, maxSockets: 1 }) });
-  }
-
-  authorization(method, uri) {
-    const nc = (++this.nc).toString(16).padStart(8, '0');
+// One client's HTTP Digest state: the server's nonce is kept and reused with a rising count,
+// as browsers do.
+function digestClient(base) {
+  const agent = new http.Agent({ keepAlive: true, maxSockets: 1 });
+  let [nonce, nc] = [null, 0];
+  const sign = (method, uri) => {
+    const count = (++nc).toString(16).padStart(8, '0');
     const cnonce = crypto.randomBytes(8).toString('hex');
     const ha1 = md5(`${USER}:sensord:${PASSWORD}`);
-    const response = md5(`${ha1}:${this.nonce}:${nc}:${cnonce}:auth:${md5(`${method}:${uri}`)}`);
-    return `Digest username="${USER}", realm="sensord", nonce="${this.nonce}", uri="${uri}", ` +
-      `qop=auth, nc=${nc}, cnonce="${cnonce}", response="${response}", algorithm=MD5`;
-  }
-
-  async request(method, uri, body, headers = {}) {
+    const response = md5(`${ha1}:${nonce}:${count}:${cnonce}:auth:${md5(`${method}:${uri}`)}`);
+    return `Digest username="${USER}", realm="sensord", nonce="${nonce}", uri="${uri}", qop=auth, ` +
+      `nc=${count}, cnonce="${cnonce}", response="${response}", algorithm=MD5`;
+  };
+  const request = async (method, uri, body, headers = {}) => {
     for (let attempt = 0; attempt < 2; attempt++) {
-      const all = { ...headers };
-      if (this.nonce) all.Authorization = this.authorization(method, uri);
-      const reply = await rawRequest(this.base, method, uri, body, all, this.agent);
+      const signed = nonce ? { ...headers, Authorization: sign(method, uri) } : headers;
+      const reply = await rawRequest(base, method, uri, body, signed, agent);
       const challenge = reply.headers['www-authenticate'];
       if (reply.status !== 401 || !challenge) return reply;
-      this.nonce = /nonce="([^"]+)"/.exec(challenge)[1];
+      nonce = /nonce="([^"]+)"/.exec(challenge)[1];
     }
     throw new Error('not signed in');
-  }
-
-  async json(method, uri, value) {
-    const reply = await this.request(method, uri, value && JSON.stringify(value),
-      value ? { 'Content-Type': 'application/json' } : {});
+  };
+  const json = async (method, uri, value) => {
+    const reply = await request(method, uri, value && JSON.stringify(value), value ? { 'Content-Type': 'application/json' } : {});
     return { status: reply.status, body: JSON.parse(reply.body) };
-  }
-}
-
-function rawRequest(base, method, uri, body, headers = {}, agent = undefined) {
-  return new Promise((resolve, reject) => {
-    const req = http.request(base + uri, { method, headers, agent, timeout: 10000 }, async (res) => {
-      res.setEncoding('utf8');
-      let text = '';
-      for await (const chunk of res) text += chunk;
-      resolve({ status: res.statusCode, headers: res.headers, body: text });
-    });
-    req.on('timeout', () => req.destroy(new Error('timed out')));
-    req.on('error', reject);
-    req.end(body);
-  });
+  };
+  return { request, json };
 }
 
 // A SOAP envelope, with a UsernameToken unless token is null.
 function soap(operation, token = usernameToken()) {
-  const header = token === null ? '' :
-    '<s:Header><Security xmlns="http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-wssecurity-secext-1.0.xsd">' +
-    `<UsernameToken><Username>${USER}</Username><Password Type="http://docs.oasis-open.org/wss/2004/01/` +
-    `oasis-200401-wss-username-token-profile-1.0#PasswordDigest">${token.digest}</Password>` +
-    `<Nonce>${token.nonce}</Nonce><Created>${token.created}</Created></UsernameToken></Security></s:Header>`;
+  const wss = 'http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-';
+  const header = token === null ? '' : `<s:Header><Security xmlns="${wss}wssecurity-secext-1.0.xsd"><UsernameToken>` +
+    `<Username>${USER}</Username><Password Type="${wss}username-token-profile-1.0#PasswordDigest">${token.digest}` +
+    `</Password><Nonce>${token.nonce}</Nonce><Created>${token.created}</Created></UsernameToken></Security></s:Header>`;
   return `<s:Envelope xmlns:s="http://www.w3.org/2003/05/soap-envelope">${header}<s:Body>${operation}</s:Body></s:Envelope>`;
 }
 
 function usernameToken(created = new Date(), password = PASSWORD) {
   const nonce = crypto.randomBytes(16);
   const stamp = created.toISOString();
-  const digest = crypto.createHash('sha1')
-    .update(Buffer.concat([nonce, Buffer.from(stamp), Buffer.from(password)])).digest('base64');
+  const digest = crypto.createHash('sha1').update(Buffer.concat([nonce, Buffer.from(stamp + password)])).digest('base64');
   return { nonce: nonce.toString('base64'), created: stamp, digest };
 }
 
 const imaging = (op, inner = '') =>
   `<${op} xmlns="http://www.onvif.org/ver20/imaging/wsdl"><VideoSourceToken>VideoSource_1</VideoSourceToken>${inner}</${op}>`;
 
-module.exports = { startSensord, DigestClient, rawRequest, soap, usernameToken, imaging, USER, PASSWORD, OUT };
+module.exports = { startSensord, digestClient, rawRequest, soap, usernameToken, imaging, USER, PASSWORD, OUT };
