@@ -18,14 +18,15 @@ constexpr int64_t NOW = 1800000000; // 2027-01-15T08:00:00Z
 constexpr AuthResult OK = AuthResult::Ok, MISSING = AuthResult::Missing,
                      REFUSED = AuthResult::Refused, STALE = AuthResult::Stale;
 
+// p_strCount: the request's count under its nonce, as clients send it.
 std::string digestHeader(const std::string& p_strNonce, const std::string& p_strUri,
-                         const std::string& p_strPassword) {
+                         const std::string& p_strPassword, const std::string& p_strCount = "1") {
     const std::string strHa1 = md5Hex("admin:sensord:" + p_strPassword);
-    const std::string strResponse =
-        md5Hex(strHa1 + ":" + p_strNonce + ":00000001:c0ffee:auth:" + md5Hex("GET:" + p_strUri));
+    const std::string strResponse = md5Hex(strHa1 + ":" + p_strNonce + ":" + p_strCount +
+                                           ":c0ffee:auth:" + md5Hex("GET:" + p_strUri));
     return "Digest username=\"admin\", realm=\"sensord\", nonce=\"" + p_strNonce + "\", uri=\"" +
-           p_strUri + "\", qop=auth, nc=00000001, cnonce=\"c0ffee\", response=\"" + strResponse +
-           "\"";
+           p_strUri + "\", qop=auth, nc=" + p_strCount + ", cnonce=\"c0ffee\", response=\"" +
+           strResponse + "\"";
 }
 
 } // namespace
@@ -54,7 +55,8 @@ TEST(SensordCredentials, TokensAndDigestsNeedTheRightSecretAFreshTimeAndTheirOwn
             << szUser << " " << strNonce << " " << strCreated << " " << nNow;
     }
 
-    // HTTP Digest: the nonce sensord signed, the URI asked for and the response.
+    // HTTP Digest: the nonce sensord signed, the URI asked for, the response,
+    // and a request count not answered before (the second row is a replay).
     const std::string strChallenge = objCredentials.digestChallenge(false, NOW);
     std::string strNonce = strChallenge.substr(strChallenge.find("nonce=\"") + 7);
     strNonce.resize(strNonce.find('"'));
@@ -64,7 +66,8 @@ TEST(SensordCredentials, TokensAndDigestsNeedTheRightSecretAFreshTimeAndTheirOwn
     // (Authorization header, path asked for, now, result)
     const std::tuple<std::string, std::string, int64_t, AuthResult> aDigests[] = {
         {digestHeader(strNonce, strList, "secret"), strList, NOW, OK},
-        {digestHeader(strNonce, strList + "?x=1", "secret"), strList, NOW, OK},
+        {digestHeader(strNonce, strList, "secret"), strList, NOW, REFUSED},
+        {digestHeader(strNonce, strList + "?x=1", "secret", "2"), strList, NOW, OK},
         {digestHeader(strNonce, strList, "secret"), "/", NOW, REFUSED},
         {digestHeader(strNonce, "/", "wrong"), "/", NOW, REFUSED},
         {digestHeader(strForged, "/", "secret"), "/", NOW, REFUSED},

@@ -231,7 +231,7 @@ std::string Credentials::digestChallenge(bool p_bStale, int64_t p_nNow) const {
 }
 
 AuthResult Credentials::checkDigest(const std::string& p_strMethod, const std::string& p_strPath,
-                                    const std::string& p_strHeader, int64_t p_nNow) const {
+                                    const std::string& p_strHeader, int64_t p_nNow) {
     if (p_strHeader.empty()) {
         return AuthResult::Missing;
     }
@@ -256,8 +256,13 @@ AuthResult Credentials::checkDigest(const std::string& p_strMethod, const std::s
     if (!sameText(mapParams["response"], strExpected)) {
         return AuthResult::Refused;
     }
-    return static_cast<int64_t>(nIssued) < p_nNow - WINDOW_SECONDS ? AuthResult::Stale
-                                                                   : AuthResult::Ok;
+    if (static_cast<int64_t>(nIssued) < p_nNow - WINDOW_SECONDS) {
+        return AuthResult::Stale;
+    }
+    // ':' never occurs in a base64 token nonce, so the two kinds cannot meet.
+    return rememberNonce(strNonce + ":" + mapParams["nc"] + ":" + mapParams["cnonce"], p_nNow)
+               ? AuthResult::Ok
+               : AuthResult::Refused;
 }
 
 } // namespace sensord

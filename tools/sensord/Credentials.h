@@ -45,9 +45,11 @@ public:
 
     // HTTP Digest (MD5, qop=auth) on the Authorization header's value; its
     // uri must name the path asked for. Its nonces are signed, not stored:
-    // one is good for the window, then the client is told it is stale.
+    // one is good for the window, then the client is told it is stale. A
+    // nonce, count and client nonce already answered within the window are
+    // a replay and refused, as a UsernameToken's nonce is.
     AuthResult checkDigest(const std::string& p_strMethod, const std::string& p_strPath,
-                           const std::string& p_strHeader, int64_t p_nNow) const;
+                           const std::string& p_strHeader, int64_t p_nNow);
     // The WWW-Authenticate value asking for it, with a fresh nonce.
     std::string digestChallenge(bool p_bStale, int64_t p_nNow) const;
 
