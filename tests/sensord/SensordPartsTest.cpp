@@ -1,13 +1,20 @@
 // sensord's parts that decide what is let in and how values cross between ONVIF and the module:
-// the credential checks, the field table and its conversions, and the bounds on SOAP requests.
+// the command line and password file, the credential checks, the field table and its
+// conversions, and the bounds on SOAP requests.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <future>
 #include <set>
 #include <tuple>
 
 #include "common/SensorKeys.h"
+#include "support/TestSupport.h"
 #include "tools/sensord/Credentials.h"
 #include "tools/sensord/OnvifMapping.h"
+#include "tools/sensord/SensordOptions.h"
 #include "tools/sensord/SoapEnvelope.h"
 
 using namespace sensord;
@@ -166,4 +173,73 @@ TEST(SensordSoap, RequestsAreBoundedAndFaultsAreWellFormed) {
     ASSERT_TRUE(parseSoap(stFault.strBody, stParsed, strWhy)) << strWhy;
     EXPECT_EQ(localName(*stParsed.pOperation), "Fault");
     EXPECT_EQ(childText(child(stParsed.pOperation, "Reason"), "Text"), "a <b> & \"c\"");
+}
+
+// Both tools walk their command lines alike: the device options, then each one's own.
+TEST(SensordOptions, CommandLinesAndThePasswordFileAreTakenOrRefusedWithTheirReason) {
+    const auto parse = [](std::vector<std::string> vecArgs, auto& stOptions, auto fnParse) {
+        vecArgs.insert(vecArgs.begin(), "tool");
+        std::vector<char*> vecArgv;
+        for (std::string& strArg : vecArgs) {
+            vecArgv.push_back(strArg.data());
+        }
+        std::string strError;
+        fnParse(static_cast<int>(vecArgv.size()), vecArgv.data(), stOptions, strError);
+        return strError;
+    };
+    Options stTool;
+    EXPECT_EQ("", parse({"--device", "dome", "--root", "/r", "--fresh", "--channel", "2", "-c", "a",
+                         "-c", "b", "-h"},
+                        stTool, parseOptions));
+    EXPECT_EQ(std::make_tuple(std::string("dome"), std::string("/r"), true, true, 2, 2u),
+              std::make_tuple(stTool.strDevice, stTool.strRoot, stTool.bFresh, stTool.bHelp,
+                              stTool.nChannel, stTool.vecCommands.size()));
+    SensordOptions stServer;
+    EXPECT_EQ("", parse({"--listen", "0.0.0.0:0", "--user", "u", "--password-file", "f"}, stServer,
+                        parseSensordOptions));
+    EXPECT_EQ(std::make_tuple(std::string("0.0.0.0"), 0, std::string("ipc")),
+              std::make_tuple(stServer.strHost, stServer.nPort, stServer.strDevice));
+    const std::pair<std::vector<std::string>, const char*> aRefused[] = {
+        {{"--channel", "x"}, "--channel needs a channel number, not 'x'"},
+        {{"--root"}, "option --root needs a value"},
+        {{"--listen", "1:2"}, "unknown option '--listen'"},
+        {{"--channel", "1"}, "unknown option '--channel'"},
+        {{"--listen", "nohost"}, "--listen needs HOST:PORT, not 'nohost'"},
+        {{"--user", "u"}, "--user and --password-file go together"}};
+    for (std::size_t i = 0; i < std::size(aRefused); ++i) {
+        Options stOne;
+        SensordOptions stOther;
+        EXPECT_EQ(aRefused[i].second, i < 3
+                                          ? parse(aRefused[i].first, stOne, parseOptions)
+                                          : parse(aRefused[i].first, stOther, parseSensordOptions));
+    }
+
+    sensortest::TempDeviceRoot objRoot;
+    const std::string strLong(257, 'p');
+    // (file, the password taken from it or nullptr for a refusal)
+    const std::pair<std::string, const char*> aFiles[] = {{"pw\r\nsecond line", "pw"},
+                                                          {strLong.substr(1), strLong.c_str() + 1},
+                                                          {strLong, nullptr},
+                                                          {"\npw", nullptr}};
+    for (const auto& [strText, szTaken] : aFiles) {
+        objRoot.writeFile("/password", strText);
+        std::string strPassword, strError;
+        EXPECT_EQ(szTaken != nullptr,
+                  readPasswordFile(objRoot.hostPath("/password"), strPassword, strError))
+            << strError;
+        EXPECT_EQ(szTaken ? szTaken : "", strPassword);
+    }
+    const std::string strDir = objRoot.hostPath("/");
+    // The FIFO has a writer that is closed after a while, so that a reader that opens it
+    // anyway is found out instead of hanging the test.
+    ASSERT_EQ(0, ::mkfifo((strDir + "/fifo").c_str(), 0600));
+    const int nFifo = ::open((strDir + "/fifo").c_str(), O_RDWR | O_NONBLOCK);
+    std::string strPassword, strError;
+    auto futRead = std::async(std::launch::async, [&] {
+        return readPasswordFile(strDir + "/fifo", strPassword, strError);
+    });
+    EXPECT_EQ(std::future_status::ready, futRead.wait_for(std::chrono::seconds(5)));
+    ::close(nFifo);
+    EXPECT_FALSE(futRead.get());
+    EXPECT_NE(strError.find("not a regular file"), std::string::npos) << strError;
 }

@@ -1,6 +1,8 @@
 // sensorctl on each sample device and its simulator, clock and debug controls.
 #include "SensorctlSession.h"
 
+#include <sys/stat.h>
+
 #include <filesystem>
 
 namespace sensortest {
@@ -117,7 +119,10 @@ TEST_F(DeviceSessionTest, DebugMarkerAndSchemesFollowingNightAndDay) {
              {"get 34", Shows::Starts, "  34 KEY_BRIGHTNESS = 62\n"},
              {"scheme", Shows::Has, "scheme 0, mode manual"}});
     EXPECT_FALSE(m_objScratch.exists("/root/tmp/Debug.sign"));
-    run("debug 4\n");
+    // A FIFO standing as the marker is replaced, not written into (that would block).
+    ASSERT_EQ(0, ::mkfifo(m_objScratch.hostPath("/root/tmp/Debug.sign").c_str(), 0600));
+    run("debug 4\n").expect(0, {{"debug 4", Shows::Has, "debug level 4 (from /tmp/Debug.sign)"}});
+    ASSERT_TRUE(std::filesystem::is_regular_file(m_objScratch.hostPath("/root/tmp/Debug.sign")));
     EXPECT_EQ("4\n0\n", m_objScratch.readFile("/root/tmp/Debug.sign"));
 }
 
