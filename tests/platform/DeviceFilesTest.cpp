@@ -103,7 +103,7 @@ TEST(FileReader, RefusesAllButRegularFilesReadsNoMoreThanTheCapAndReplacesWhole)
         VXFile last;
         ASSERT_TRUE(last.open(kCfg, VXFile::modeWrite | VXFile::modeTruncate));
         EXPECT_EQ(5, last.write("NEWER", 5));
-        EXPECT_EQ(std::make_pair(5L, -1), std::make_pair(last.getLength(), last.read(buf, 1)));
+        EXPECT_EQ(std::make_tuple(5, -1), std::make_tuple(last.getLength(), last.read(buf, 1)));
         EXPECT_EQ("OLD", root.readFile(kCfg)) << "target untouched until close";
     } // destruction commits
     ASSERT_TRUE(file.open(kCfg));
