@@ -1,11 +1,10 @@
-// Channels of a sample device brought up the way a host does, with their own
-// sensor threads running on the virtual clock (so the threads make pass after
-// pass without pausing), for the power-cut and concurrency tests.
+// Channels of a sample device brought up as a host does, their threads on the virtual clock.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <iostream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -19,8 +18,7 @@
 namespace sensortest {
 
 // A host video module that accepts every notice and reports no limits.
-class AcceptingVideoModule : public VideoStreamModule {
-public:
+struct AcceptingVideoModule : VideoStreamModule {
     int notifyParamChange(int, int, int) const override { return 0; }
     bool isBusy() const override { return false; }
     int getAVStreamParams(std::vector<AVStreamParam>& out) const override {
@@ -36,21 +34,20 @@ public:
 
 // p_nDepth nested elements: "<a><a>...</a></a>".
 inline std::string nestedXml(int p_nDepth) {
-    std::string strOpen;
-    std::string strClose;
-    for (int i = 0; i < p_nDepth; ++i) {
-        strOpen += "<a>";
-        strClose += "</a>";
+    std::string strXml;
+    for (int i = 0; i < 2 * p_nDepth; ++i) {
+        strXml += i < p_nDepth ? "<a>" : "</a>";
     }
-    return strOpen + strClose;
+    return strXml;
 }
 
+// Copies devices/<name> into a fresh root and loads its ISP profile. The channels print a lot:
+// their output is shown only when the test fails.
 class SampleDevice {
 public:
-    // Copies devices/<name> into a fresh root and loads its ISP profile.
     explicit SampleDevice(const std::string& p_strName) {
-        const std::filesystem::path src =
-            std::filesystem::path(sourceDir()) / "devices" / p_strName;
+        ::testing::internal::CaptureStdout();
+        const auto src = std::filesystem::path(sourceDir()) / "devices" / p_strName;
         std::filesystem::copy(src, m_objRoot.path(),
                               std::filesystem::copy_options::recursive |
                                   std::filesystem::copy_options::overwrite_existing);
@@ -68,16 +65,17 @@ public:
         m_vecChannels.clear();
         installClock(nullptr);
         isp().loadDefaultProfile();
+        const std::string strOutput = ::testing::internal::GetCapturedStdout();
+        if (::testing::Test::HasFailure()) {
+            std::cout << strOutput;
+        }
     }
-    SampleDevice(const SampleDevice&) = delete;
-    SampleDevice& operator=(const SampleDevice&) = delete;
 
-    // Construct, channel, video module (this device's own unless one is
-    // given), init: the channel's thread runs.
+    // Construct, channel, video module (the device's own unless given), init: its thread runs.
     ISensorController& bringUp(int p_nChannel, const VideoStreamModule* p_pVideo = nullptr) {
         std::vector<ModuleConfigure> vecModules = deviceModules();
         EXPECT_FALSE(vecModules.empty());
-        vecModules.resize(std::max<std::size_t>(vecModules.size(), 1)); // empty: a default one
+        vecModules.resize(std::max<std::size_t>(vecModules.size(), 1)); // else a default one
         auto pChannel = std::make_unique<ISensorController>();
         pChannel->setChannelID(p_nChannel);
         pChannel->setVideoStreamModule(p_pVideo != nullptr ? p_pVideo : &m_objVideo);
