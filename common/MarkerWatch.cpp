@@ -1,5 +1,6 @@
 #include "common/MarkerWatch.h"
 
+#include <poll.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -31,7 +32,17 @@ bool MarkerWatch::mayHaveChanged() {
         return true;
     }
     const bool bChanged = drainEvents();
+    publish();
     return bChanged || !m_bWatching;
+}
+
+bool MarkerWatch::nothingQueued() const {
+    pollfd stPoll{m_nQuietFd.load(std::memory_order_acquire), POLLIN, 0};
+    return stPoll.fd >= 0 && ::poll(&stPoll, 1, 0) == 0;
+}
+
+void MarkerWatch::publish() {
+    m_nQuietFd.store(m_bWatching ? m_nFd : -1, std::memory_order_release);
 }
 
 bool MarkerWatch::drainEvents() {
@@ -76,6 +87,11 @@ bool MarkerWatch::drainEvents() {
 }
 
 void MarkerWatch::watch(const std::string& p_strHostPath) {
+    watchPath(p_strHostPath);
+    publish();
+}
+
+void MarkerWatch::watchPath(const std::string& p_strHostPath) {
     m_bWatching = false;
     if (m_nFd < 0) {
         m_nFd = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
@@ -118,6 +134,7 @@ void MarkerWatch::forget() {
     removeWatch(m_nFileWatch);
     removeWatch(m_nDirWatch);
     m_bWatching = false;
+    publish();
 }
 
 void MarkerWatch::removeWatch(int& p_nWatch) {

@@ -11,6 +11,7 @@
 // is read each time, as if there were no watch.
 #pragma once
 
+#include <atomic>
 #include <string>
 
 class MarkerWatch {
@@ -32,13 +33,25 @@ public:
     // answers "may have changed".
     void forget();
 
+    // Unlike the members above, safe beside them on any thread: true when
+    // every watch is in place and nothing is queued, so the marker has not
+    // changed since the queue was last emptied. One poll of the queue, which
+    // it leaves as it is.
+    bool nothingQueued() const;
+
 private:
     bool drainEvents(); // true when an event concerns the marker
     void removeWatch(int& p_nWatch);
+    void watchPath(const std::string& p_strHostPath);
+    // Makes m_nQuietFd follow m_bWatching.
+    void publish();
 
     int m_nFd = -1;
     int m_nDirWatch = -1;
     int m_nFileWatch = -1;
     std::string m_strName; // the marker's name within the watched directory
     bool m_bWatching = false;
+    // The queue nothingQueued polls: m_nFd while every watch is in place,
+    // else -1. The descriptor stays open until the watch is destroyed.
+    std::atomic<int> m_nQuietFd{-1};
 };

@@ -95,42 +95,75 @@ private:
     VXLogger m_objLogger;
 };
 
-// Requests are numbered; a check covers every request numbered before it
-// began. A thread's diagnostics wait for a check only while its own latest
-// request (its current host call or pass) is not covered yet, so threads
-// writing other channels do not drag each other into checks. Every thread
-// starts with the process's first request, due from the start. A change of
-// the device root makes a check due for every thread.
-std::atomic<unsigned> g_nMarkerRequests{1};
+// Checks under the lock are numbered as they begin. A host call or pass
+// requests a check by noting the number of the next one to begin: that check
+// and every later one read after the request, and cover it. A thread's
+// diagnostics wait for a check only while its own latest request is not
+// covered yet, so threads writing other channels do not drag each other into
+// checks, and a request writes nothing another thread reads. Every thread
+// starts due for the first check. A change of the device root makes a check
+// due for every thread.
+std::atomic<unsigned> g_nMarkerChecksBegun{0};
 std::atomic<unsigned> g_nMarkerChecked{0};
 std::atomic<unsigned> g_nCheckedRoot{0};
 thread_local unsigned t_nOwnRequest = 1;
+// Whether this thread covered its latest request by a look at the watch of
+// its own.
+thread_local bool t_bOwnLook = false;
 
 bool isMarkerCheckDue() {
     // Wrap-safe "checked < own request".
-    return static_cast<int>(t_nOwnRequest - g_nMarkerChecked.load(std::memory_order_acquire)) > 0 ||
-           g_nCheckedRoot.load(std::memory_order_acquire) != DeviceRoot::generation();
+    const bool bCovered =
+        t_bOwnLook ||
+        static_cast<int>(t_nOwnRequest - g_nMarkerChecked.load(std::memory_order_acquire)) <= 0;
+    return !bCovered || g_nCheckedRoot.load(std::memory_order_acquire) != DeviceRoot::generation();
 }
-// One check at a time; a diagnostic of another thread meanwhile waits for it
-// rather than going on with the level from before the request.
+// One reading check at a time; a diagnostic of another thread meanwhile
+// waits for it rather than going on with the level from before the request.
 std::mutex g_markerMutex;
 // Whether the marker changed since it was read: a due check reads the file
-// only then. Used under g_markerMutex.
+// only then. Used under g_markerMutex, but for nothingQueued.
 MarkerWatch g_objMarkerWatch;
+// Odd while a check under g_markerMutex empties the watch's queue and reads
+// the marker: a look at the watch meanwhile proves nothing, as the queue may
+// have been emptied of a change whose level is not in force yet.
+std::atomic<unsigned> g_nMarkerReads{0};
+
+// Covers this thread's request without the lock when nothing is queued on
+// the watch and no check is reading: the level in force is then the marker's.
+// Threads on other channels look side by side instead of queueing for the
+// lock.
+bool coveredByAQuietWatch() {
+    const unsigned nBefore = g_nMarkerReads.load(std::memory_order_seq_cst);
+    if ((nBefore & 1U) != 0 ||
+        g_nCheckedRoot.load(std::memory_order_acquire) != DeviceRoot::generation() ||
+        !g_objMarkerWatch.nothingQueued()) {
+        return false;
+    }
+    // A read-modify-write reads the latest count, which a plain load after
+    // the poll need not.
+    if (g_nMarkerReads.fetch_add(0, std::memory_order_seq_cst) != nBefore) {
+        return false; // a check emptied the queue meanwhile
+    }
+    t_bOwnLook = true;
+    return true;
+}
 
 // Reads the marker when a check is due and the watch says it may have
-// changed; three atomic loads when no check is due.
+// changed; three atomic loads when no check is due, one poll of the watch
+// when nothing changed.
 void refreshDebugLevel() {
-    if (!isMarkerCheckDue()) {
+    if (!isMarkerCheckDue() || coveredByAQuietWatch()) {
         return;
     }
     std::lock_guard<std::mutex> objGuard(g_markerMutex);
     if (!isMarkerCheckDue()) {
         return; // another thread made the check meanwhile
     }
-    // Taken before the read: a request or a root change during the read makes
-    // the next diagnostic read again.
-    const unsigned nRequests = g_nMarkerRequests.load(std::memory_order_acquire);
+    g_nMarkerReads.fetch_add(1, std::memory_order_seq_cst);
+    // Numbered before the read: a request or a root change during the read
+    // makes the next diagnostic read again.
+    const unsigned nCheck = g_nMarkerChecksBegun.fetch_add(1, std::memory_order_seq_cst) + 1;
     const unsigned nRoot = DeviceRoot::generation();
     if (nRoot != g_nCheckedRoot.load(std::memory_order_acquire)) {
         g_objMarkerWatch.forget(); // the marker is now another file
@@ -139,8 +172,9 @@ void refreshDebugLevel() {
         g_objMarkerWatch.watch(DeviceRoot::resolve(sensordiag::DEBUG_SIGN_FILE));
         updateDebugLevel();
     }
-    g_nMarkerChecked.store(nRequests, std::memory_order_release);
+    g_nMarkerChecked.store(nCheck, std::memory_order_release);
     g_nCheckedRoot.store(nRoot, std::memory_order_release);
+    g_nMarkerReads.fetch_add(1, std::memory_order_seq_cst);
 }
 
 // A marker line's number as atoi reads it (blanks, a sign, digits up to the
@@ -167,7 +201,8 @@ std::string nextMarkerLine(const std::string& p_strText, std::string::size_type&
 } // namespace
 
 void sensordiag::requestMarkerCheck() {
-    t_nOwnRequest = g_nMarkerRequests.fetch_add(1, std::memory_order_acq_rel) + 1;
+    t_nOwnRequest = g_nMarkerChecksBegun.load(std::memory_order_seq_cst) + 1;
+    t_bOwnLook = false;
 }
 
 int sensordiag::debugLevel() {

@@ -82,23 +82,47 @@ IspSimulator::IspSimulator() : m_stProfile(startProfile()) {
     resetLocked();
 }
 
-template <typename Fn> bool IspSimulator::forChannels(int p_nChannel, Fn p_fnApply) {
-    if (p_nChannel == -1) {
-        std::for_each(m_arrChannels.begin(), m_arrChannels.end(), p_fnApply);
-        return true;
+IspSimulator::AllLocked::AllLocked(IspSimulator& p_objSim) : m_objShared(p_objSim.m_objMutex) {
+    for (std::size_t i = 0; i < m_arrChannels.size(); ++i) {
+        m_arrChannels[i] = std::unique_lock<std::mutex>(p_objSim.m_arrChannelMutex[i]);
     }
-    if (!validChannel(p_nChannel)) {
+}
+
+template <typename Fn> bool IspSimulator::forChannels(int p_nChannel, Fn p_fnApply) {
+    if (p_nChannel != -1 && !validChannel(p_nChannel)) {
         return false;
     }
-    p_fnApply(m_arrChannels[p_nChannel]);
+    const int nFirst = p_nChannel == -1 ? 0 : p_nChannel;
+    const int nLast = p_nChannel == -1 ? isp::kChannelCount - 1 : p_nChannel;
+    for (int nChannel = nFirst; nChannel <= nLast; ++nChannel) {
+        std::lock_guard<std::mutex> objLock(m_arrChannelMutex[nChannel]);
+        p_fnApply(m_arrChannels[nChannel]);
+    }
     return true;
+}
+
+void IspSimulator::noteShared() {
+    m_bShared.store(m_bLogEnabled || !m_vecFailures.empty() || static_cast<bool>(m_fnCallHook),
+                    std::memory_order_release);
 }
 
 // ---- the ISP call ----
 
+bool IspSimulator::wellFormed(int p_nChannel, uint32_t p_nCmd, int p_nOption, const void* p_pData) {
+    return p_pData != nullptr && validOption(p_nOption) && validChannel(p_nChannel) &&
+           (p_nCmd != IA_CMD_DYNAMIC_PARAMS_CMDS_GET || p_nOption == IA_CMD_OPT_GET);
+}
+
 int IspSimulator::ioctrl(int p_nChannel, uint32_t p_nCmd, int p_nOption, void* p_pData) {
+    if (!m_bShared.load(std::memory_order_acquire)) {
+        if (!wellFormed(p_nChannel, p_nCmd, p_nOption, p_pData)) {
+            return ERR_INVALID;
+        }
+        std::lock_guard<std::mutex> objLock(m_arrChannelMutex[p_nChannel]);
+        return dispatch(m_arrChannels[p_nChannel], p_nCmd, p_nOption, p_pData);
+    }
     CallHook fnHook;
-    const int nResult = ioctrlLocked(p_nChannel, p_nCmd, p_nOption, p_pData, fnHook);
+    const int nResult = ioctrlShared(p_nChannel, p_nCmd, p_nOption, p_pData, fnHook);
     if (fnHook) {
         fnHook(p_nChannel, p_nCmd, p_nOption);
     }
@@ -108,26 +132,26 @@ int IspSimulator::ioctrl(int p_nChannel, uint32_t p_nCmd, int p_nOption, void* p
 void IspSimulator::setCallHook(CallHook p_fnHook) {
     std::lock_guard<std::mutex> objLock(m_objMutex);
     m_fnCallHook = std::move(p_fnHook);
+    noteShared();
 }
 
-int IspSimulator::ioctrlLocked(int p_nChannel, uint32_t p_nCmd, int p_nOption, void* p_pData,
+int IspSimulator::ioctrlShared(int p_nChannel, uint32_t p_nCmd, int p_nOption, void* p_pData,
                                CallHook& p_fnHook) {
     std::lock_guard<std::mutex> objLock(m_objMutex);
     p_fnHook = m_fnCallHook;
     LogEntry stEntry{p_nChannel, p_nCmd, p_nOption, 0, {}, ERR_INVALID};
     // A call with no data, an unknown option or a channel the sensor lacks is
     // refused before anything is read through the pointer.
-    const bool bWellFormed =
-        p_pData != nullptr && validOption(p_nOption) && validChannel(p_nChannel) &&
-        (p_nCmd != IA_CMD_DYNAMIC_PARAMS_CMDS_GET || p_nOption == IA_CMD_OPT_GET);
-    if (!bWellFormed) {
+    if (!wellFormed(p_nChannel, p_nCmd, p_nOption, p_pData)) {
         record(std::move(stEntry), nullptr, 0);
         return ERR_INVALID;
     }
-    const FailRule* pRule = findFailure(p_nChannel, p_nCmd, p_nOption);
-    stEntry.result = pRule != nullptr
-                         ? pRule->code
-                         : dispatch(m_arrChannels[p_nChannel], p_nCmd, p_nOption, p_pData);
+    if (const FailRule* pRule = findFailure(p_nChannel, p_nCmd, p_nOption)) {
+        stEntry.result = pRule->code;
+    } else {
+        std::lock_guard<std::mutex> objChannelLock(m_arrChannelMutex[p_nChannel]);
+        stEntry.result = dispatch(m_arrChannels[p_nChannel], p_nCmd, p_nOption, p_pData);
+    }
     const int nResult = stEntry.result;
     record(std::move(stEntry), p_pData, dataSize(p_nCmd, p_nOption));
     return nResult;
@@ -310,10 +334,11 @@ void IspSimulator::resetLocked() {
     m_deqLog.clear();
     m_bLogEnabled = true;
     m_fnCallHook = nullptr;
+    noteShared();
 }
 
 void IspSimulator::reset() {
-    std::lock_guard<std::mutex> objLock(m_objMutex);
+    const AllLocked objLock(*this);
     resetLocked();
 }
 
@@ -331,7 +356,7 @@ bool IspSimulator::loadProfileText(const std::string& p_strXml, std::string* p_p
 
 void IspSimulator::loadDefaultProfile() {
     isp::IspProfile stProfile = isp::defaultProfile();
-    std::lock_guard<std::mutex> objLock(m_objMutex);
+    const AllLocked objLock(*this);
     m_stProfile = std::move(stProfile);
     resetLocked();
 }
@@ -347,7 +372,7 @@ bool IspSimulator::setValue(int p_nChannel, uint32_t p_nCmd, int32_t p_nValue) {
     if (!validChannel(p_nChannel) || isp::recordSize(p_nCmd) != 0) {
         return false;
     }
-    std::lock_guard<std::mutex> objLock(m_objMutex);
+    std::lock_guard<std::mutex> objLock(m_arrChannelMutex[p_nChannel]);
     m_arrChannels[p_nChannel].values[p_nCmd] = p_nValue;
     return true;
 }
@@ -356,7 +381,7 @@ std::optional<int32_t> IspSimulator::getValue(int p_nChannel, uint32_t p_nCmd) c
     if (!validChannel(p_nChannel) || isp::recordSize(p_nCmd) != 0) {
         return std::nullopt;
     }
-    std::lock_guard<std::mutex> objLock(m_objMutex);
+    std::lock_guard<std::mutex> objLock(m_arrChannelMutex[p_nChannel]);
     const auto& mapValues = m_arrChannels[p_nChannel].values;
     const auto it = mapValues.find(p_nCmd);
     return it != mapValues.end() ? it->second : 0;
@@ -368,7 +393,7 @@ bool IspSimulator::setRecord(int p_nChannel, uint32_t p_nCmd,
     if (!validChannel(p_nChannel) || nRecord == 0 || p_vecData.size() != nRecord) {
         return false;
     }
-    std::lock_guard<std::mutex> objLock(m_objMutex);
+    std::lock_guard<std::mutex> objLock(m_arrChannelMutex[p_nChannel]);
     m_arrChannels[p_nChannel].records[p_nCmd] = p_vecData;
     return true;
 }
@@ -378,7 +403,7 @@ std::vector<uint8_t> IspSimulator::getRecord(int p_nChannel, uint32_t p_nCmd) co
     if (!validChannel(p_nChannel) || nRecord == 0) {
         return {};
     }
-    std::lock_guard<std::mutex> objLock(m_objMutex);
+    std::lock_guard<std::mutex> objLock(m_arrChannelMutex[p_nChannel]);
     const auto& mapRecords = m_arrChannels[p_nChannel].records;
     const auto it = mapRecords.find(p_nCmd);
     return it != mapRecords.end() ? it->second : std::vector<uint8_t>(nRecord, 0);
@@ -392,16 +417,17 @@ bool IspSimulator::failCommand(int p_nChannel, uint32_t p_nCmd, int p_nOption, i
     }
     std::lock_guard<std::mutex> objLock(m_objMutex);
     m_vecFailures.push_back({p_nChannel, p_nCmd, p_nOption, p_nCode});
+    noteShared();
     return true;
 }
 
 void IspSimulator::clearFailures() {
     std::lock_guard<std::mutex> objLock(m_objMutex);
     m_vecFailures.clear();
+    noteShared();
 }
 
 bool IspSimulator::setLightLevel(int p_nChannel, int32_t p_nLevel) {
-    std::lock_guard<std::mutex> objLock(m_objMutex);
     return forChannels(p_nChannel, [p_nLevel](ChannelState& stChannel) {
         stChannel.dayNight.level = p_nLevel;
         followLight(stChannel);
@@ -409,21 +435,18 @@ bool IspSimulator::setLightLevel(int p_nChannel, int32_t p_nLevel) {
 }
 
 bool IspSimulator::setExecStatus(int p_nChannel, uint32_t p_nCmd, int32_t p_nStatus) {
-    std::lock_guard<std::mutex> objLock(m_objMutex);
     return forChannels(p_nChannel, [p_nCmd, p_nStatus](ChannelState& stChannel) {
         stChannel.execStatus[p_nCmd] = p_nStatus;
     });
 }
 
 bool IspSimulator::setDynamicCommands(int p_nChannel, const std::vector<uint32_t>& p_vecCmds) {
-    std::lock_guard<std::mutex> objLock(m_objMutex);
     return forChannels(
         p_nChannel, [&p_vecCmds](ChannelState& stChannel) { stChannel.dynamicList = p_vecCmds; });
 }
 
 bool IspSimulator::setAttribute(int p_nChannel, uint32_t p_nCmd,
                                 const ia_dynamic_params_attr_st& p_stAttr) {
-    std::lock_guard<std::mutex> objLock(m_objMutex);
     return forChannels(p_nChannel, [p_nCmd, &p_stAttr](ChannelState& stChannel) {
         stChannel.attributes[p_nCmd] = p_stAttr;
     });
@@ -442,4 +465,5 @@ void IspSimulator::clearLog() {
 void IspSimulator::enableLog(bool p_bEnable) {
     std::lock_guard<std::mutex> objLock(m_objMutex);
     m_bLogEnabled = p_bEnable;
+    noteShared();
 }

@@ -7,6 +7,7 @@
 #include "isp/IspProfile.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -102,7 +103,9 @@ public:
     void setCallHook(CallHook p_fnHook);
 
 private:
-    struct ChannelState {
+    // Each channel's state and lock on lines of their own: threads on
+    // different channels share no cache line.
+    struct alignas(64) ChannelState {
         std::unordered_map<uint32_t, int32_t> values;
         std::unordered_map<uint32_t, std::vector<uint8_t>> records;
         std::vector<uint32_t> dynamicList;
@@ -121,9 +124,25 @@ private:
     static bool validChannel(int p_nChannel) {
         return p_nChannel >= 0 && p_nChannel < isp::kChannelCount;
     }
+    // A call with data, a known option and a channel the sensor has.
+    static bool wellFormed(int p_nChannel, uint32_t p_nCmd, int p_nOption, const void* p_pData);
     template <typename Fn> bool forChannels(int p_nChannel, Fn p_fnApply);
 
+    // Holds the shared lock and every channel's, in that order (the order of
+    // every call that takes both), for what replaces all the state.
+    class AllLocked {
+    public:
+        explicit AllLocked(IspSimulator& p_objSim);
+
+    private:
+        std::lock_guard<std::mutex> m_objShared;
+        std::array<std::unique_lock<std::mutex>, isp::kChannelCount> m_arrChannels;
+    };
+
     void resetLocked();
+    // Whether a call must consult what the channels share; updated under
+    // m_objMutex whenever a rule, the log switch or the hook changes.
+    void noteShared();
     // Reads a profile with p_fnRead and, when it reads, makes it the one in force.
     template <typename Fn> bool installProfile(std::string* p_pError, Fn p_fnRead) {
         isp::IspProfile stProfile;
@@ -134,7 +153,7 @@ private:
             }
             return false;
         }
-        std::lock_guard<std::mutex> objLock(m_objMutex);
+        const AllLocked objLock(*this);
         m_stProfile = std::move(stProfile);
         resetLocked();
         return true;
@@ -142,7 +161,7 @@ private:
     void resetChannel(int p_nChannel);
     static void followLight(ChannelState& p_stChannel);
 
-    int ioctrlLocked(int p_nChannel, uint32_t p_nCmd, int p_nOption, void* p_pData,
+    int ioctrlShared(int p_nChannel, uint32_t p_nCmd, int p_nOption, void* p_pData,
                      CallHook& p_fnHook);
     int dispatch(ChannelState& p_stChannel, uint32_t p_nCmd, int p_nOption, void* p_pData);
     int doSet(ChannelState& p_stChannel, uint32_t p_nCmd, const void* p_pData);
@@ -153,7 +172,15 @@ private:
     const FailRule* findFailure(int p_nChannel, uint32_t p_nCmd, int p_nOption) const;
     void record(LogEntry p_stEntry, const void* p_pData, std::size_t p_nSize);
 
+    // Calls on different channels do not wait for each other, as a real ISP's
+    // pipelines do not: each channel's state has a lock of its own. What the
+    // channels share (profile, failure rules, log, hook) is under m_objMutex,
+    // which a call takes, before its channel's, only while one of them is in
+    // use (m_bShared).
     mutable std::mutex m_objMutex;
+    struct alignas(64) ChannelMutex : std::mutex {};
+    mutable std::array<ChannelMutex, isp::kChannelCount> m_arrChannelMutex;
+    std::atomic<bool> m_bShared{true};
     isp::IspProfile m_stProfile;
     std::array<ChannelState, isp::kChannelCount> m_arrChannels;
     std::vector<FailRule> m_vecFailures;

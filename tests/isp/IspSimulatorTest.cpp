@@ -7,9 +7,11 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstring>
 #include <numeric>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <vector>
 
@@ -140,6 +142,58 @@ TEST_F(IspTest, ValuesRecordsBadCallsFailuresTheLogAndReset) {
     EXPECT_EQ(values({{0, 34}, {0, 2337}, {0, 153}}), "50 50 0");
     EXPECT_EQ(sim().getRecord(0, 2496)[0], 'I');
     EXPECT_EQ(read<ia_dynamic_cmd_list_st>(0, kListCmd).cmd_cnt, 6);
+}
+
+// Calls on different channels run side by side, and take the failure rules and
+// the hook into account with the log off as with it on. Rules, the log switch
+// and resets changing on another thread meanwhile lose no call and tear no
+// state (the CI runs this under ThreadSanitizer).
+TEST_F(IspTest, ChannelsCalledSideBySideWhileRulesTheLogAndResetsChange) {
+    sim().enableLog(false);
+    ASSERT_TRUE(sim().failCommand(1, 34, IA_CMD_OPT_SET, -6));
+    EXPECT_EQ(std::make_pair(set(1, 34, 5), set(0, 34, 5)), std::make_pair(-6, 0));
+    sim().clearFailures();
+    int nHooked = 0;
+    sim().setCallHook([&nHooked](int, uint32_t, int) { ++nHooked; });
+    EXPECT_EQ(std::make_pair(set(1, 34, 5), nHooked), std::make_pair(0, 1));
+    sim().setCallHook(nullptr);
+    EXPECT_EQ(std::make_pair(set(1, 34, 7), nHooked), std::make_pair(0, 1));
+
+    std::atomic<int> nBadResults{0};
+    std::vector<std::thread> vecCallers;
+    for (int nChannel = 0; nChannel < 4; ++nChannel) {
+        vecCallers.emplace_back([&nBadResults, nChannel] {
+            for (int32_t i = 0; i < 3000; ++i) {
+                int32_t nValue = i % 100;
+                const int nSet = set(nChannel, 34, nValue);
+                const int nGet = call(nChannel, 34, IA_CMD_OPT_GET, &nValue);
+                nBadResults += (nSet != 0 && nSet != -6) + (nGet != 0 && nGet != -6);
+            }
+        });
+    }
+    for (int nRound = 0; nRound < 60; ++nRound) {
+        sim().enableLog(nRound % 2 == 0);
+        ASSERT_TRUE(sim().failCommand(nRound % 4, 34, -1, -6));
+        if (nRound % 3 == 0) {
+            sim().clearFailures();
+        }
+        if (nRound % 20 == 19) {
+            sim().reset();
+        }
+        std::this_thread::yield();
+    }
+    for (std::thread& objCaller : vecCallers) {
+        objCaller.join();
+    }
+    EXPECT_EQ(nBadResults.load(), 0);
+    sim().clearFailures();
+    sim().enableLog(true);
+    sim().clearLog();
+    for (int nChannel = 0; nChannel < 4; ++nChannel) {
+        ASSERT_EQ(set(nChannel, 34, 10 + nChannel), 0);
+    }
+    EXPECT_EQ(values({{0, 34}, {1, 34}, {2, 34}, {3, 34}}), "10 11 12 13");
+    EXPECT_EQ(sim().log().size(), 8u);
 }
 
 TEST_F(IspTest, ListRangesAndCorrectionComeFromTheProfileAndStayInsideTheRecords) {
