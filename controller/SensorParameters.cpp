@@ -144,12 +144,6 @@ keycmd unknownKeyRow(u32 p_nKey) {
     return stRow;
 }
 
-// The lookup leaves the stand-in row untouched when the key is unknown; no
-// table row carries the stand-in's handler name.
-bool isUnknownKeyRow(const keycmd& p_stRow) {
-    return std::strcmp(p_stRow.func_name, UNKNOWN_KEY_FUNC_NAME) == 0;
-}
-
 // The per-key trace of the set loop.
 void traceSet(const keycmd& p_stRow, u32 p_nValue) {
     SNS_PRINT(5, sensordiag::COLOUR_RED,
@@ -285,26 +279,30 @@ int ISensorController::setParameters(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p
         }
         if (stRoute.eAction == RecordAction::Apply) {
             const u32 nKey = stRoute.nApplyKey;
-            // An unknown key keeps the stand-in row and goes to the ISP as is.
-            keycmd stKeyCmdTmp = unknownKeyRow(nKey);
-            SNS_ASSERT(-1 != findFromKeyCmdMap(m_pKeyCmdMap, nKey, stKeyCmdTmp),
-                       "p_pKeyval[%u].key(%u)", i, stRecord.key);
-            if (isUnknownKeyRow(stKeyCmdTmp)) {
+            // A known key is applied through its table row, read in place: the
+            // names are read only when printed.
+            const int nRow = m_pKeyCmdMap ? keyCmdRowOf(m_pKeyCmdMap.get(), nKey) : -1;
+            keycmd stKeyCmdTmp{};
+            if (nRow < 0) {
+                // An unknown key keeps the stand-in row and goes to the ISP as is.
+                stKeyCmdTmp = unknownKeyRow(nKey);
+                SNS_ASSERT(-1 != findFromKeyCmdMap(m_pKeyCmdMap, nKey, stKeyCmdTmp),
+                           "p_pKeyval[%u].key(%u)", i, stRecord.key);
                 SNS_PRINT(5, sensordiag::COLOUR_GREEN, "not find (%d) \n", static_cast<int>(nKey));
             }
-            traceSet(stKeyCmdTmp, stRecord.value);
+            const keycmd& stRow = nRow < 0 ? stKeyCmdTmp : m_pKeyCmdMap[nRow];
+            traceSet(stRow, stRecord.value);
             arrValue[0] = stRecord.value;
-            const int nRet =
-                (this->*stKeyCmdTmp.func)(stKeyCmdTmp.ia_cmd, IA_CMD_OPT_SET, arrValue.data());
+            const int nRet = (this->*stRow.func)(stRow.ia_cmd, IA_CMD_OPT_SET, arrValue.data());
             stRecord.value = arrValue[0];
             if (nRet != SNS_SUCCESS) {
                 if (isReportedFailure(nRet)) {
                     SNS_ERR("set %.32s (%d,%d) func:%s ia_cmd:%d ~~~failed ia_ret=%d\n",
-                            stKeyCmdTmp.key_name, static_cast<int>(stKeyCmdTmp.key),
-                            static_cast<int>(stRecord.value), stKeyCmdTmp.func_name,
-                            static_cast<int>(stKeyCmdTmp.ia_cmd), nRet);
+                            stRow.key_name, static_cast<int>(nKey),
+                            static_cast<int>(stRecord.value), stRow.func_name,
+                            static_cast<int>(stRow.ia_cmd), nRet);
                 }
-                return -static_cast<int>(stKeyCmdTmp.key);
+                return -static_cast<int>(nKey);
             }
             clearPending(nKey);
         }
