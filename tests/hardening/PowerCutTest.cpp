@@ -38,8 +38,9 @@ std::vector<KeyVal> schemeSet(int p_nScheme, bool p_bFlipped) {
 }
 
 // The child: writes one version and the other for ever, through flush for every scheme and
-// setVersion for the stamp.
-[[noreturn]] void writerChild() {
+// setVersion for the stamp; says on p_nReadyFd when its first write begins, so that a slow start
+// (a sanitizer's) does not take up the time before the kill.
+[[noreturn]] void writerChild(int p_nReadyFd) {
     std::vector<std::vector<KeyVal>> arrSets[2];
     for (int i = 0; i <= kSchemes; ++i) { // the last row: the factory set, never written
         for (const bool bFlipped : {false, true}) {
@@ -48,6 +49,9 @@ std::vector<KeyVal> schemeSet(int p_nScheme, bool p_bFlipped) {
     }
     ISensorController objController;
     objController.setChannelID(1);
+    if (::write(p_nReadyFd, "r", 1) != 1) {
+        ::_exit(4);
+    }
     for (unsigned nRound = 0;; ++nRound) { // the other version first
         ISensorControllerTestAccess::installSets(objController, arrSets[nRound % 2], 0);
         for (int i = 0; i < kSchemes; ++i) {
@@ -77,10 +81,17 @@ TEST(PowerCutTest, EveryFileIsTheOldOrTheNewVersionAfterEachKill) {
     std::uniform_int_distribution<long> objDelay(0, 12000); // mostly a few write rounds, in us
     int nInterruptedWrites = 0, nChanged = 0;
     for (int nKill = 0; nKill < 200; ++nKill) {
+        int arrReady[2];
+        ASSERT_EQ(::pipe(arrReady), 0);
         const pid_t nChild = ::fork();
         if (nChild == 0) {
-            writerChild();
+            writerChild(arrReady[1]);
         }
+        char cReady = 0;
+        const bool bReady = ::read(arrReady[0], &cReady, 1) == 1;
+        ::close(arrReady[0]);
+        ::close(arrReady[1]);
+        ASSERT_TRUE(bReady) << "the writer ended before its first write";
         std::this_thread::sleep_for(std::chrono::microseconds(objDelay(objRandom)));
         ASSERT_EQ(::kill(nChild, SIGKILL), 0);
         int nStatus = 0;
