@@ -282,7 +282,7 @@ int ISensorController::setParameters(KeyVal* p_pKeyval, u32 p_nKeyValSum, bool p
             // A known key is applied through its table row, read in place: the
             // names are read only when printed.
             const int nRow = m_pKeyCmdMap ? keyCmdRowOf(m_pKeyCmdMap.get(), nKey) : -1;
-            keycmd stKeyCmdTmp{};
+            keycmd stKeyCmdTmp; // filled only for an unknown key
             if (nRow < 0) {
                 // An unknown key keeps the stand-in row and goes to the ISP as is.
                 stKeyCmdTmp = unknownKeyRow(nKey);

@@ -1,14 +1,23 @@
 #include "tools/Options.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 #include "tools/ValueParsing.h"
 
 namespace {
 
-bool isDeviceOption(const std::string& p_strArg) {
-    return p_strArg == "--device" || p_strArg == "--root" || p_strArg == "--fresh" ||
-           p_strArg == "-h" || p_strArg == "--help";
+// The options every device tool takes, looked up as a program's own are.
+constexpr OwnOption DEVICE_OPTIONS[] = {
+    {"--device", true}, {"--root", true}, {"--fresh", false}, {"-h", false}, {"--help", false}};
+
+template <class Options>
+const OwnOption* findOption(const Options& p_lstOptions, const std::string& p_strArg) {
+    const auto it =
+        std::find_if(std::begin(p_lstOptions), std::end(p_lstOptions),
+                     [&](const OwnOption& p_stOption) { return p_stOption.name == p_strArg; });
+    return it == std::end(p_lstOptions) ? nullptr : &*it;
 }
 
 void takeDeviceOption(const std::string& p_strArg, const std::string& p_strValue,
@@ -31,23 +40,19 @@ bool walkOptions(int argc, char** argv, DeviceOptions& p_stDevice,
                  std::string& p_strError) {
     for (int i = 1; i < argc; ++i) {
         const std::string strArg = argv[i];
-        const OwnOption* pOwn = nullptr;
-        for (const OwnOption& stOwn : p_lstOwn) {
-            pOwn = stOwn.name == strArg ? &stOwn : pOwn;
-        }
-        const bool bDevice = isDeviceOption(strArg);
-        if (!bDevice && pOwn == nullptr) {
+        const OwnOption* pDevice = findOption(DEVICE_OPTIONS, strArg);
+        const OwnOption* pOption = pDevice != nullptr ? pDevice : findOption(p_lstOwn, strArg);
+        if (pOption == nullptr) {
             p_strError = "unknown option '" + strArg + "'";
             return false;
         }
-        const bool bTakesValue =
-            bDevice ? strArg == "--device" || strArg == "--root" : pOwn->bTakesValue;
+        const bool bTakesValue = pOption->bTakesValue;
         if (bTakesValue && i + 1 >= argc) {
             p_strError = "option " + strArg + " needs a value";
             return false;
         }
         const std::string strValue = bTakesValue ? argv[++i] : "";
-        if (bDevice) {
+        if (pDevice != nullptr) {
             takeDeviceOption(strArg, strValue, p_stDevice);
         } else if (!p_fnTake(strArg, strValue, p_strError)) {
             return false;
